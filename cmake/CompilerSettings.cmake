@@ -1,0 +1,32 @@
+# SPDX-License-Identifier: Apache-2.0
+# What holds for every target: language, visibility, hardening, where things are built.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The build tree is laid out as it is installed, so that everything finds its neighbours alike.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_INSTALL_RPATH $ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR})
+
+set(KEP_SANITIZE "" CACHE STRING "Sanitizers to build with, such as address,undefined")
+if(KEP_SANITIZE)
+    add_compile_options(-fsanitize=${KEP_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${KEP_SANITIZE})
+    if(KEP_SANITIZE MATCHES undefined)
+        add_compile_options(-fno-sanitize-recover=undefined)
+    endif()
+else()
+    add_compile_options($<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+endif()
+add_compile_options(-fstack-protector-strong)
+add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,defs)
+if(KEP_SANITIZE)
+    # A sanitizer's runtime is found only when the program has been linked.
+    add_link_options(-Wl,-z,undefs)
+endif()

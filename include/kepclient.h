@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+// The one class that callers of the library use.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "jvalue.h"
+#include "kepaudio.h"
+#include "kepexport.h"
+
+/// The audio of the television: starts the configured backend and forwards every request to it.
+///
+/// Calls are made one at a time, `initialize` before all others; timers of the television backend
+/// run on the default GLib main context of the caller. Nothing thrown inside leaves the library: it
+/// ends the request as a failure.
+class KEP_EXPORT kepClient
+{
+public:
+    static kepClient* getInstance();
+
+    // --- Life cycle. Result: KEP_STATUS_OK or KEP_STATUS_FAILED.
+
+    /// Reads the configuration and starts the backend that it names. May be called again. Every
+    /// failure is logged, but for a backend name that nobody registered.
+    unsigned int initialize();
+    /// Stops the backend, which stays in place; failed, without a log line, when there is none.
+    unsigned int deinitialize();
+
+    /// The volume, 0 to 255, that the configuration recommends to start with.
+    [[nodiscard]] std::uint8_t getDefaultVolume() const { return mDefaultVolume; }
+    /// The backend, null before a successful `initialize`; the library keeps it.
+    [[nodiscard]] kepAudio* getAudioObj() const { return mAudioObject; }
+
+    // --- Requests, as in kepAudio. Result: the backend's code, KEP_RESULT_FAILED when there is
+    // none.
+
+    unsigned int connectInput(std::string source, std::string sink, JValue pipelineAttribute);
+    unsigned int disconnectInput(std::string source, std::string sink);
+    unsigned int getHeadphoneStatus(bool* connected);
+    unsigned int removePipelineInfo(std::string pipelineId);
+    unsigned int setSoundOutput(std::string soundOutput);
+    unsigned int setMute(std::string source, std::string sink, bool mute);
+    unsigned int setOutputVolume(std::string soundOutput, std::uint8_t volume);
+    unsigned int setInputVolume(std::string source, std::string sink, std::uint8_t volume);
+    unsigned int setOutputMute(std::string soundOutput, bool mute);
+    unsigned int setMuteExtSPK(bool mute);
+    unsigned int setQualityAttribute(JValue attribute);
+    unsigned int setSettings(std::string category, JValue payload);
+    /// The backend's answer; the JSON value true when there is no backend.
+    JValue getSettings(const std::string& category, JValue request);
+
+private:
+    kepClient() = default;
+
+    kepAudio* mAudioObject = nullptr; // owned by its own class
+    std::uint8_t mDefaultVolume = 0;
+};

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+// JSON values: the form in which requests, settings and answers cross the library's interface.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "platformexport.h"
+
+struct json_object;
+
+/// A handle on one value of a JSON document.
+///
+/// Copies share one document: what is put through one handle is seen through all. A value reached
+/// by key or index stays alive, and stays connected to its document, after the handle that it came
+/// from is gone. `put` and `append` store a deep copy, so a document is always a tree.
+///
+/// Nothing here throws but std::bad_alloc. A document belongs to one thread at a time: reference
+/// counts are not atomic, and `stringify` keeps its text inside the node.
+class KEP_PLATFORM_EXPORT JValue
+{
+public:
+    /// Containers that may stand inside one another, the outermost included; parsed and built
+    /// alike.
+    static constexpr int kMaxDepth = 64;
+
+    using Member = std::pair<std::string, JValue>;
+
+    // --- Making values
+
+    /// The null value.
+    JValue() noexcept = default;
+    JValue(bool value);
+    /// A number that is not finite becomes null.
+    JValue(double value);
+    /// `text` is UTF-8 and may hold NUL characters.
+    JValue(std::string_view text);
+    JValue(const std::string& text) : JValue(std::string_view{text}) {}
+    JValue(const char* text) : JValue(std::string_view{text}) {}
+    template <
+        typename Integer,
+        std::enable_if_t<std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>, int> = 0>
+    JValue(Integer value)
+        : JValue(std::is_signed_v<Integer> ? ofSigned(static_cast<std::int64_t>(value))
+                                           : ofUnsigned(static_cast<std::uint64_t>(value)))
+    {
+    }
+    JValue(const void*) = delete; // a stray pointer is no bool
+
+    static JValue object();
+    static JValue array();
+    /// The value of a key or an index that does not exist.
+    static JValue invalid() noexcept;
+
+    JValue(const JValue& other) noexcept;
+    JValue(JValue&& other) noexcept;
+    JValue& operator=(JValue other) noexcept;
+    ~JValue();
+
+    // --- Type. Exactly one of the is... answers is true for a valid value, none for an invalid
+    // one.
+
+    [[nodiscard]] bool isValid() const noexcept { return mValid; }
+    [[nodiscard]] bool isNull() const noexcept { return mValid && mNode == nullptr; }
+    [[nodiscard]] bool isBool() const noexcept;
+    [[nodiscard]] bool isNumber() const noexcept;
+    [[nodiscard]] bool isString() const noexcept;
+    [[nodiscard]] bool isArray() const noexcept;
+    [[nodiscard]] bool isObject() const noexcept;
+
+    // --- Conversion. The first form answers whether the value was of that type; where it was not,
+    // the argument becomes "", false or 0. Numbers: a fraction is cut toward zero, a number out of
+    // range becomes the nearest that fits.
+
+    bool asString(std::string& text) const;
+    bool asBool(bool& value) const noexcept;
+    bool asNumber(std::int32_t& number) const noexcept;
+    bool asNumber(std::int64_t& number) const noexcept;
+    bool asNumber(double& number) const noexcept;
+
+    [[nodiscard]] std::string asString() const;
+    [[nodiscard]] bool asBool() const noexcept;
+    template <typename Number>
+    [[nodiscard]] Number asNumber() const noexcept
+    {
+        Number number{};
+        asNumber(number);
+        return number;
+    }
+
+    // --- Members of an object, elements of an array
+
+    /// Members of an object or elements of an array; 0 for every other value.
+    [[nodiscard]] std::size_t size() const noexcept;
+    /// False, too, for a value that is no object.
+    [[nodiscard]] bool hasKey(const std::string& key) const noexcept;
+    /// Invalid when there is no such member, or this is no object.
+    JValue operator[](const std::string& key) const noexcept;
+    JValue operator[](const char* key) const { return (*this)[std::string{key}]; }
+    /// Invalid when there is no such element, or this is no array.
+    template <typename Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
+    JValue operator[](Integer index) const noexcept
+    {
+        return index < 0 ? invalid() : element(static_cast<std::size_t>(index));
+    }
+
+    /// The members in insertion order; empty for a value that is no object. A snapshot: changing
+    /// the object while walking it is allowed.
+    [[nodiscard]] std::vector<Member> members() const;
+    /// The elements in order; empty for a value that is no array. A snapshot likewise.
+    [[nodiscard]] std::vector<JValue> elements() const;
+
+    // --- Change. False, with nothing changed, when this is not of the right type, when `value` is
+    // invalid, when the key holds a NUL character or when the document would become too deep.
+
+    /// Sets a member; a key that exists keeps its place.
+    bool put(const std::string& key, const JValue& value);
+    bool append(const JValue& value);
+    /// False when there was nothing to remove.
+    bool remove(const std::string& key);
+    bool remove(std::size_t index);
+
+    // --- The whole value
+
+    /// The JSON text: compact, members in insertion order, "/" not escaped, UTF-8 as it is; "" for
+    /// an invalid value. Integers beyond 64 bits were cut to the nearest that fits when they were
+    /// parsed.
+    [[nodiscard]] std::string stringify() const;
+    /// An equal value that shares nothing with this one.
+    [[nodiscard]] JValue deepCopy() const;
+    /// Equal type and content, members in any order. The numbers 1 and 1.0 differ.
+    [[nodiscard]] bool operator==(const JValue& other) const noexcept;
+    [[nodiscard]] bool operator!=(const JValue& other) const noexcept { return !(*this == other); }
+
+private:
+    friend class JDomParser;
+
+    JValue(json_object* owned, int level) noexcept : mNode(owned), mLevel(level) {}
+    static JValue ofSigned(std::int64_t value);
+    static JValue ofUnsigned(std::uint64_t value);
+    [[nodiscard]] JValue element(std::size_t index) const noexcept;
+    [[nodiscard]] bool fitsInside(const JValue& value) const noexcept;
+
+    json_object* mNode = nullptr; // one reference is ours; json-c's null is a null pointer
+    int mLevel = 1; // containers from the document's root down to this value, if it is one
+    bool mValid = true;
+};

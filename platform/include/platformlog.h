@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+// The platform's log: named contexts with a level, messages with an id and key-value pairs.
+// Everything here may be called from any thread, and nothing throws.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+#include "platformexport.h"
+
+/// Levels are those of syslog; a message is written when its level is at most that of its context.
+enum LogLevel : int {
+    kLogError = 3,
+    kLogWarning = 4,
+    kLogInfo = 6,
+    kLogDebug = 7,
+};
+
+struct LogContext;
+
+/// One key with its value, already formatted as text.
+struct LogPair {
+    const char* key;
+    const char* value;
+};
+
+/// A message as a sink sees it; the pointers hold during the call only.
+struct LogMessage {
+    const char* context; // "" when the message was written without one
+    int level;
+    const char* id; // "" when the message has none
+    const LogPair* pairs;
+    std::size_t pairCount;
+    const char* text;
+};
+
+extern "C" {
+
+/// The context of that name, made at its first request at level info, valid until the process ends.
+/// Null for a null or an empty name.
+KEP_PLATFORM_EXPORT LogContext* LogGetContext(const char* name) noexcept;
+
+/// The level that the context admits; kLogError for a null context.
+KEP_PLATFORM_EXPORT int LogGetLevel(const LogContext* context) noexcept;
+KEP_PLATFORM_EXPORT void LogSetLevel(LogContext* context, int level) noexcept;
+
+/// Writes a message if the context admits its level; without a context only errors are written.
+/// `id` may be null. `format` is never a text from outside.
+[[gnu::format(printf, 6, 7)]] KEP_PLATFORM_EXPORT void
+LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pairs,
+         std::size_t pairCount, const char* format, ...) noexcept;
+}
+
+using LogSink = std::function<void(const LogMessage&)>;
+
+/// Sends all messages to `sink` instead of the journal or standard error; an empty one restores
+/// those. The sink runs on the thread that logs.
+KEP_PLATFORM_EXPORT void LogSetSink(LogSink sink);

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: Apache-2.0
+// The generic mixer backend: every request is one write of one control.
+// The card is opened for each write and closed after it, so a failed write leaves nothing behind.
+#include "kepalsaaudio.h"
+
+#include <memory>
+
+#include <alsa/asoundlib.h>
+
+#include "kepconfigpath.h"
+#include "kepfactory.h"
+#include "keplog.h"
+
+namespace
+{
+
+constexpr const char* kBackendName = "ALSA";
+constexpr const char* kCapabilityFileName = "device-cap.json";
+constexpr const char* kStreamVolumeControl = "name=Softmaster";
+
+struct ControlCloser {
+    void operator()(snd_ctl_t* handle) const noexcept { snd_ctl_close(handle); }
+};
+using ControlPtr = std::unique_ptr<snd_ctl_t, ControlCloser>;
+
+/// The digit that names the resource's software volume; "" for resources without one of their own.
+const char* streamSuffix(KEP_AUDIO_RESOURCE_T resource)
+{
+    switch (resource) {
+    case KEP_AUDIO_RESOURCE_AMIXER0:
+        return "0";
+    case KEP_AUDIO_RESOURCE_AMIXER1:
+        return "1";
+    default:
+        return "";
+    }
+}
+
+} // namespace
+
+kepAudio* kepAlsaAudio::createObject()
+{
+    if (!mIsObjRegistered)
+        return nullptr;
+    static kepAlsaAudio instance;
+    return &instance;
+}
+
+std::string kepAlsaAudio::getConfigFilePath()
+{
+    std::string path = kepConfigPath(kCapabilityFileName);
+    KEP_DEBUG("KEP Configuration file path: %s", path.c_str());
+    return path;
+}
+
+kepAlsaAudio::kepAlsaAudio() : mCapability(getConfigFilePath()) {}
+
+kepAlsaAudio::~kepAlsaAudio()
+{
+    kepFactory::getInstance()->UnRegister(kBackendName);
+    KEP_DEBUG("UnRegister kepAlsaAudio ...");
+}
+
+unsigned int kepAlsaAudio::initAudio()
+{
+    return initSpeaker();
+}
+
+unsigned int kepAlsaAudio::deinitAudio()
+{
+    return KEP_STATUS_OK;
+}
+
+unsigned int kepAlsaAudio::connectInput(std::string source, std::string sink, JValue)
+{
+    const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
+    KEP_DEBUG("connectInput  %u", resource); // sic
+    return resetMixerVolume(resource, /*mute=*/false);
+}
+
+unsigned int kepAlsaAudio::disconnectInput(std::string source, std::string sink)
+{
+    return resetMixerVolume(getResourceId(source, sink), /*mute=*/true);
+}
+
+unsigned int kepAlsaAudio::getHeadphoneStatus(bool* connected)
+{
+    KEP_DEBUG("In %s ", __func__);
+    if (connected != nullptr)
+        *connected = false;
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::removePipelineInfo(std::string)
+{
+    KEP_DEBUG("In %s ", __func__);
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::setSoundOutput(std::string)
+{
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::setMute(std::string source, std::string sink, bool mute)
+{
+    return resetMixerVolume(getResourceId(source, sink), mute);
+}
+
+unsigned int kepAlsaAudio::setOutputVolume(std::string, std::uint8_t volume)
+{
+    if (!setVolume(volume)) {
+        KEP_ERROR("SET_VOLUME_ERROR", "Failed setting volume to %d", volume);
+        return KEP_RESULT_FAILED;
+    }
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::setInputVolume(std::string, std::string, std::uint8_t)
+{
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::setOutputMute(std::string, bool mute)
+{
+    KEP_DEBUG("In %s, setting mute to %d", __func__, mute);
+    const std::string control = "name=" + mCapability.muteControlName;
+    const char* value = mute ? "off" : "on"; // a playback switch: off silences
+    if (!setControl(mCapability.card, control, value)) {
+        KEP_ERROR("SET_VOLUME_ERROR", "Failed to set mute %s for card:%s, control:%s", value,
+                  mCapability.card.c_str(), control.c_str());
+        return KEP_RESULT_FAILED;
+    }
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::setMuteExtSPK(bool)
+{
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::setQualityAttribute(JValue)
+{
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepAlsaAudio::setSettings(std::string, JValue)
+{
+    return KEP_RESULT_OK;
+}
+
+JValue kepAlsaAudio::getSettings(const std::string&, JValue)
+{
+    return true;
+}
+
+unsigned int kepAlsaAudio::initSpeaker()
+{
+    return KEP_STATUS_OK;
+}
+
+KEP_AUDIO_RESOURCE_T kepAlsaAudio::getResourceId(const std::string& source, const std::string& sink)
+{
+    return source == "AMIXER" && sink == "ALSA" ? KEP_AUDIO_RESOURCE_AMIXER0
+                                                : KEP_AUDIO_RESOURCE_INVALID;
+}
+
+bool kepAlsaAudio::setControl(const std::string& card, const std::string& control,
+                              const std::string& value)
+{
+    if (card.empty() || control.empty() || value.empty()) {
+        KEP_DEBUG("Wrong input parameter\n");
+        return false;
+    }
+    snd_ctl_elem_id_t* id = nullptr;
+    snd_ctl_elem_id_alloca(&id);
+    if (snd_ctl_ascii_elem_id_parse(id, control.c_str()) != 0) {
+        KEP_DEBUG("Wrong control identifier: %s\n", control.c_str());
+        return false;
+    }
+    KEP_DEBUG("snd_ctl_open on card %s, control %s value=%s\n", card.c_str(), control.c_str(),
+              value.c_str());
+
+    // sic, below: the texts say "Control" and name the card
+    snd_ctl_t* opened = nullptr;
+    int error = snd_ctl_open(&opened, card.c_str(), 0);
+    const ControlPtr handle{opened};
+    if (error < 0) {
+        KEP_DEBUG("Control %s open error: %s\n", card.c_str(), snd_strerror(error));
+        return false;
+    }
+    snd_ctl_elem_info_t* info = nullptr;
+    snd_ctl_elem_info_alloca(&info);
+    snd_ctl_elem_info_set_id(info, id);
+    error = snd_ctl_elem_info(handle.get(), info);
+    if (error < 0) {
+        KEP_DEBUG("Cannot find the given element from control %s, error %s\n", card.c_str(),
+                  snd_strerror(error));
+        return false;
+    }
+    snd_ctl_elem_value_t* written = nullptr;
+    snd_ctl_elem_value_alloca(&written);
+    error = snd_ctl_ascii_value_parse(handle.get(), written, info, value.c_str());
+    if (error < 0) {
+        KEP_DEBUG("Control %s parse error: %s\n", card.c_str(), snd_strerror(error));
+        return false;
+    }
+    error = snd_ctl_elem_write(handle.get(), written);
+    if (error < 0) {
+        KEP_DEBUG("Control %s element write error: %s\n", card.c_str(), snd_strerror(error));
+        return false;
+    }
+    return true;
+}
+
+bool kepAlsaAudio::setVolume(std::uint8_t volume)
+{
+    const std::string value = std::to_string(volume) + "%";
+    KEP_DEBUG("In %s, setting volume to %s", __func__, value.c_str());
+    return setControl(mCapability.card, "name=" + mCapability.volumeControlName, value);
+}
+
+unsigned int kepAlsaAudio::resetMixerVolume(KEP_AUDIO_RESOURCE_T resource, bool mute)
+{
+    KEP_DEBUG("reset volume  resource=%u mute=%d", resource, mute); // sic
+    const std::string control = std::string{kStreamVolumeControl} + streamSuffix(resource);
+    const char* value = mute ? "0%" : "100%";
+    if (!setControl(mCapability.card, control, value)) {
+        KEP_ERROR("SET_VOLUME_ERROR", "Failed to set control %s to %s for card:%s", control.c_str(),
+                  value, mCapability.card.c_str());
+        return KEP_RESULT_FAILED;
+    }
+    return KEP_RESULT_OK;
+}
+
+bool kepAlsaAudio::mIsObjRegistered =
+    kepFactory::getInstance()->Register(kBackendName, &kepAlsaAudio::createObject);

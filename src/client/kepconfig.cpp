@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+// The configuration file: one section a SoC type, of which the library reads its own.
+#include "kepconfig.h"
+
+#include <cstdint>
+
+#include "jdomparser.h"
+#include "kepconfigpath.h"
+#include "keplog.h"
+
+namespace
+{
+
+constexpr const char* kFileName = "kep-config.json";
+constexpr const char* kSocType = "Q27R5";
+
+} // namespace
+
+kepConfig* kepConfig::getInstance()
+{
+    static kepConfig instance;
+    return &instance;
+}
+
+bool kepConfig::loadKEPConfig()
+{
+    const std::string path = kepConfigPath(kFileName);
+    KEP_INFO("LOAD_CONFIG", "Loading kepConfig config from file %s", path.c_str());
+    JDomParser parser{JSchema::acceptAll()};
+    mRoot = parser.parseFile(path);
+    if (!mRoot.isObject()) {
+        // sic: no defaults are put in place, the caller gives up
+        KEP_ERROR("CONFIG_FILE_READ_FAILED",
+                  "Failed to parse kep config file, using defaults. File: %s. Error: %s",
+                  path.c_str(), parser.errorText().c_str());
+        return false;
+    }
+    return true;
+}
+
+JValue kepConfig::find(const std::string& key, const char* caller, int line) const
+{
+    const JValue section = mRoot[kSocType];
+    KEP_DEBUG_AS(caller, line, "Need value for soc type: %s & key type: %s", kSocType, key.c_str());
+    JValue value = section[key];
+    if (!value.isValid())
+        KEP_DEBUG_AS(caller, line, "Did not find key type in kep config %s", key.c_str());
+    return value;
+}
+
+std::string kepConfig::getValue(std::string key)
+{
+    return find(key).asString();
+}
+
+int kepConfig::getDefaultVolume(std::string key)
+{
+    return find(key).asNumber<std::int32_t>();
+}

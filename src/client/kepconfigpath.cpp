@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where the library's configuration files are.
+#include "kepconfigpath.h"
+
+#include <cstdlib>
+
+std::string kepConfigPath(const char* fileName)
+{
+    const char* replacement = secure_getenv("KEP_CONFIG_DIR");
+    const bool replaced = replacement != nullptr && *replacement != '\0';
+    std::string path = replaced ? replacement : "/etc/orva/kep";
+    return path.append("/").append(fileName);
+}

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+// The library's log context and its one way to the platform's log.
+#include "keplog.h"
+
+#include <cstdarg>
+#include <memory>
+
+#include <glib.h>
+
+std::atomic<LogContext*> kepLogContext{nullptr};
+
+void kepLogEmit(int level, const char* id, const char* format, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const std::unique_ptr<char, decltype(&g_free)> text{g_strdup_vprintf(format, arguments),
+                                                        g_free};
+    va_end(arguments);
+    if (text)
+        LogMsgKV(kepLogContext.load(std::memory_order_relaxed), level, id, nullptr, 0, "%s",
+                 text.get());
+}

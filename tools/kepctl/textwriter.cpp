@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+// The text format: a request a block, its effects indented under it, failures standing out.
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "loglevels.h"
+#include "operations.h"
+#include "trace.h"
+
+namespace
+{
+
+enum class Look { Plain, Bold, Dim, Good, Warning, Bad };
+
+// Terminal escapes by Look.
+constexpr const char* kEscapes[] = {"", "\033[1m", "\033[2m", "\033[32m", "\033[33m", "\033[1;31m"};
+
+struct Line {
+    std::string text;
+    Look look = Look::Plain;
+};
+
+std::string padded(std::string text, std::size_t width)
+{
+    text.resize(std::max(width, text.size()), ' ');
+    return text;
+}
+
+/// The column that says where an effect happened, then what it was.
+std::string effect(const std::string& where, const std::string& what)
+{
+    return "    " + padded(where, 12) + what;
+}
+
+std::string joined(const JValue& values, const char* separator)
+{
+    std::string all;
+    for (const JValue& value : values.elements())
+        all += (all.empty() ? "" : separator) + value.stringify();
+    return all;
+}
+
+/// " failed: Input/output error" for a negative errno, " failed: 3" for another status, "" for
+/// success.
+std::string failure(const JValue& status)
+{
+    const auto code = status.asNumber<std::int32_t>();
+    if (code == 0)
+        return "";
+    return code < 0 ? std::string{"  failed: "} + strerror(-code)
+                    : "  failed: " + std::to_string(code);
+}
+
+Line withStatus(std::string text, const JValue& event)
+{
+    const std::string reason = failure(event["status"]);
+    return {text + reason, reason.empty() ? Look::Plain : Look::Bad};
+}
+
+// --- One function an event
+
+Line describeRequest(const JValue& event)
+{
+    if (event.hasKey("call"))
+        return {"\n" + event["call"].asString() + "(" + joined(event["args"], ", ") + ")",
+                Look::Bold};
+    std::string text = "\n";
+    for (const auto& [key, value] : event.members())
+        if (key != "event")
+            text += key + " " + value.stringify();
+    return {text, Look::Bold};
+}
+
+Line describeLog(const JValue& event)
+{
+    const auto level = event["level"].asNumber<std::int32_t>();
+    std::string text = event["text"].asString();
+    text.erase(text.find_last_not_of(" \n") + 1);
+    const std::string id = event["id"].asString();
+    const Look look = level <= kLogError     ? Look::Bad
+                      : level <= kLogWarning ? Look::Warning
+                                             : Look::Dim;
+    return {effect(logLevelName(level), (id.empty() ? "" : id + "  ") + text), look};
+}
+
+Line describeControl(const JValue& event)
+{
+    const std::string card = event["card"].asString();
+    if (event.hasKey("stage"))
+        return withStatus(effect(card, event["stage"].asString()), event);
+    const std::string write = event["element"].asString() + " = " + joined(event["values"], " ");
+    return withStatus(effect(card, write), event);
+}
+
+Line describeMiddleware(const JValue& event)
+{
+    std::string text = event["operation"].asString() + "(" + joined(event["args"], ", ") + ")";
+    if (event.hasKey("returned"))
+        text += " = " + event["returned"].stringify();
+    return withStatus(effect(event["library"].asString(), text), event);
+}
+
+Line describeGpio(const JValue& event)
+{
+    return withStatus(
+        effect("gpio", event["line"].asString() + " is " + event["level"].stringify()), event);
+}
+
+Line describeSubcpu(const JValue& event)
+{
+    return withStatus(
+        effect("subcpu", event["operation"].asString() + "(" + joined(event["args"], ", ") + ")"),
+        event);
+}
+
+Line describeResult(const JValue& event)
+{
+    const Operation* operation = findOperation(event["call"].asString());
+    const bool bad = operation != nullptr && failed(*operation, event["result"]);
+    std::string text = "  = " + event["result"].stringify() + (bad ? "  failed" : "");
+    if (event.hasKey("connected"))
+        text += event["connected"].asBool() ? ", connected" : ", not connected";
+    return {text, bad ? Look::Bad : Look::Good};
+}
+
+struct Row {
+    const char* event;
+    Line (*describe)(const JValue& event);
+};
+constexpr Row kRows[] = {
+    {"request", &describeRequest},       {"log", &describeLog},   {"control", &describeControl},
+    {"middleware", &describeMiddleware}, {"gpio", &describeGpio}, {"subcpu", &describeSubcpu},
+    {"result", &describeResult},
+};
+
+class TextWriter : public EventWriter
+{
+public:
+    explicit TextWriter(bool colour) : mColour(colour) {}
+
+    void write(const JValue& event) override
+    {
+        const std::string kind = event["event"].asString();
+        for (const Row& row : kRows) {
+            if (kind != row.event)
+                continue;
+            Line line = row.describe(event);
+            if (event.hasKey("thread"))
+                line.text += "  [" + event["thread"].asString() + "]";
+            print(line);
+        }
+        mInComment = false;
+    }
+
+    void comment(const std::string& text) override
+    {
+        print({(mInComment ? "" : "\n") + text, Look::Plain});
+        mInComment = true;
+    }
+
+private:
+    void print(const Line& line) const
+    {
+        if (mColour && line.look != Look::Plain)
+            printf("%s%s\033[0m\n", kEscapes[static_cast<int>(line.look)], line.text.c_str());
+        else
+            printf("%s\n", line.text.c_str());
+    }
+
+    const bool mColour;
+    bool mInComment = false;
+};
+
+} // namespace
+
+std::unique_ptr<EventWriter> makeTextWriter(bool colour)
+{
+    return std::make_unique<TextWriter>(colour);
+}

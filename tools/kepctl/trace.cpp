@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where all events of a run come together.
+#include "trace.h"
+
+#include <cstdio>
+
+#include "journal.h"
+#include "platformlog.h"
+
+namespace
+{
+
+class JsonLinesWriter : public EventWriter
+{
+public:
+    void write(const JValue& event) override
+    {
+        const std::string line = event.stringify() + "\n";
+        fwrite(line.data(), 1, line.size(), stdout);
+    }
+};
+
+JValue logEvent(const LogMessage& message)
+{
+    JValue event = JValue::object();
+    event.put("event", "log");
+    event.put("level", message.level);
+    event.put("id", message.id);
+    event.put("text", message.text);
+    JValue pairs = JValue::object();
+    for (std::size_t i = 0; i < message.pairCount; ++i)
+        pairs.put(message.pairs[i].key, message.pairs[i].value);
+    if (pairs.size() > 0)
+        event.put("pairs", pairs);
+    return event;
+}
+
+} // namespace
+
+std::unique_ptr<EventWriter> makeJsonLinesWriter()
+{
+    return std::make_unique<JsonLinesWriter>();
+}
+
+Trace::Trace(std::unique_ptr<EventWriter> writer) : mWriter(std::move(writer))
+{
+    setvbuf(stdout, nullptr, _IOLBF,
+            BUFSIZ); // what has happened is told, even if the process is killed
+    LogSetSink([this](const LogMessage& message) { add(logEvent(message)); });
+    virtualtv::listen([this](const JValue& event) { add(event); });
+}
+
+void Trace::add(JValue event)
+{
+    if (std::this_thread::get_id() != mMainThread)
+        event.put("thread", "worker");
+    const std::lock_guard lock{mGuard};
+    mWriter->write(event);
+}
+
+void Trace::comment(const std::string& text)
+{
+    const std::lock_guard lock{mGuard};
+    mWriter->comment(text);
+}

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where all events of a run come together, in the order in which they happen, and are written out.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "jvalue.h"
+
+/// How events are written. Called for one event at a time.
+class EventWriter
+{
+public:
+    virtual ~EventWriter() = default;
+    virtual void write(const JValue& event) = 0;
+    /// A comment of the script, for those who read along.
+    virtual void comment(const std::string&) {}
+};
+
+/// One JSON object a line, for tools.
+std::unique_ptr<EventWriter> makeJsonLinesWriter();
+/// Blocks for people; colour escapes only when asked for.
+std::unique_ptr<EventWriter> makeTextWriter(bool colour);
+
+/// Collects the events of the script, the log and the virtual television from any thread.
+/// Constructed on the main thread, never destroyed: there are events until the process ends.
+class Trace
+{
+public:
+    explicit Trace(std::unique_ptr<EventWriter> writer);
+
+    void add(JValue event);
+    void comment(const std::string& text);
+
+private:
+    std::mutex mGuard;
+    const std::unique_ptr<EventWriter> mWriter;
+    const std::thread::id mMainThread = std::this_thread::get_id();
+};

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+// Faults that a script or a test plants in the virtual television.
+#include "faults.h"
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+#include <vector>
+
+namespace virtualtv
+{
+namespace
+{
+
+struct Faults {
+    std::mutex guard;
+    std::vector<Injection> injections; // oldest first
+};
+
+Faults& theFaults()
+{
+    static Faults* const faults =
+        new Faults; // leaked: accesses come during static destruction, too
+    return *faults;
+}
+
+std::atomic<bool> gAnyInjection{false}; // spares the lock as long as nothing is planted
+
+bool matches(const Injection& injection, FaultPoint point, std::string_view name,
+             std::string_view card)
+{
+    return injection.point == point && (injection.name == "*" || injection.name == name) &&
+           (injection.card.empty() || injection.card == card) && injection.times != 0U;
+}
+
+} // namespace
+
+void inject(Injection injection)
+{
+    const std::lock_guard lock{theFaults().guard};
+    theFaults().injections.push_back(std::move(injection));
+    gAnyInjection = true;
+}
+
+void clearInjections()
+{
+    const std::lock_guard lock{theFaults().guard};
+    theFaults().injections.clear();
+    gAnyInjection = false;
+}
+
+int injectedStatus(FaultPoint point, std::string_view name, std::string_view card)
+{
+    if (!gAnyInjection.load(std::memory_order_relaxed))
+        return 0;
+    const std::lock_guard lock{theFaults().guard};
+    std::vector<Injection>& injections = theFaults().injections;
+    const auto inForce =
+        std::find_if(injections.begin(), injections.end(), [&](const Injection& injection) {
+            return matches(injection, point, name, card);
+        });
+    if (inForce == injections.end())
+        return 0;
+    if (inForce->times)
+        --*inForce->times;
+    return inForce->status;
+}
+
+} // namespace virtualtv

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// Faults that a script or a test plants in the virtual television. Usable from any thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "virtualtvexport.h"
+
+namespace virtualtv
+{
+
+/// Where an access can be made to fail.
+enum class FaultPoint { CardOpen, CardLoad, CardInfo, CardWrite, Middleware, Gpio, SubMicro };
+
+struct Injection {
+    FaultPoint point;
+    std::string name;              // element, operation ("gain.setInputVolume") or line; "*" is any
+    std::string card;              // as opened; "" is any
+    int status;                    // what the access answers; 0 lets it through
+    std::optional<unsigned> times; // how many accesses it holds for; empty: until cleared
+};
+
+VIRTUALTV_EXPORT void inject(Injection injection);
+VIRTUALTV_EXPORT void clearInjections();
+
+/// The status that this access has to answer: that of the oldest matching injection still in force,
+/// which this access uses up once; 0 when there is none.
+VIRTUALTV_EXPORT int injectedStatus(FaultPoint point, std::string_view name,
+                                    std::string_view card = {});
+
+} // namespace virtualtv

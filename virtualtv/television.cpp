@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the virtual television answers when it is asked.
+#include "television.h"
+
+#include <map>
+#include <mutex>
+
+namespace virtualtv
+{
+namespace
+{
+
+struct Television {
+    std::map<std::string, int> lineLevels;
+    std::string gain = "0";
+    AmplifierState amplifier;
+    std::vector<std::string> i2cData;
+};
+
+/// Runs `access` on the one television while no other thread does.
+template <typename Access>
+auto withTelevision(Access access)
+{
+    static std::mutex* const guard = new std::mutex; // both leaked: asked until the process ends
+    static Television* const television = new Television;
+    const std::lock_guard lock{*guard};
+    return access(*television);
+}
+
+} // namespace
+
+void setLineLevel(const std::string& line, int level)
+{
+    withTelevision([&](Television& tv) { tv.lineLevels[line] = level; });
+}
+
+int lineLevel(const std::string& line)
+{
+    return withTelevision([&](Television& tv) {
+        const auto found = tv.lineLevels.find(line);
+        return found != tv.lineLevels.end() ? found->second : 0;
+    });
+}
+
+void setGainValue(std::string value)
+{
+    withTelevision([&](Television& tv) { tv.gain = std::move(value); });
+}
+
+std::string gainValue()
+{
+    return withTelevision([](Television& tv) { return tv.gain; });
+}
+
+void setAmplifierState(AmplifierState state)
+{
+    withTelevision([&](Television& tv) { tv.amplifier = std::move(state); });
+}
+
+AmplifierState amplifierState()
+{
+    return withTelevision([](Television& tv) { return tv.amplifier; });
+}
+
+void setI2cData(std::vector<std::string> data)
+{
+    withTelevision([&](Television& tv) { tv.i2cData = std::move(data); });
+}
+
+std::vector<std::string> i2cData()
+{
+    return withTelevision([](Television& tv) { return tv.i2cData; });
+}
+
+} // namespace virtualtv
