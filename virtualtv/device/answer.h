@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+// How a stand-in answers a call: with the status planted for it, after it has told the journal.
+#pragma once
+
+#include <cstring>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "faults.h"
+#include "journal.h"
+#include "mwlparams.h"
+
+namespace virtualtv
+{
+
+template <typename T>
+JValue toJson(const T& value)
+{
+    return value;
+}
+
+template <typename Element>
+JValue arrayOf(const Element& elements)
+{
+    JValue array = JValue::array();
+    for (const auto& element : elements)
+        array.append(element);
+    return array;
+}
+
+inline JValue toJson(std::span<const int> values)
+{
+    return arrayOf(values);
+}
+
+inline JValue toJson(const std::vector<std::string>& texts)
+{
+    return arrayOf(texts);
+}
+
+inline JValue toJson(const MwlParams& parameters)
+{
+    JValue object = JValue::object();
+    for (const auto& [key, value] : parameters)
+        object.put(key, value);
+    return object;
+}
+
+/// The event of a call of `operation`, "library.operation", without its outcome.
+template <typename... Arguments>
+JValue middlewareEvent(std::string_view operation, const Arguments&... arguments)
+{
+    const std::size_t dot = operation.find('.');
+    JValue values = JValue::array();
+    (values.append(toJson(arguments)), ...);
+    JValue event = JValue::object();
+    event.put("event", "middleware");
+    event.put("library", operation.substr(0, dot));
+    event.put("operation", operation.substr(dot + 1));
+    event.put("args", values);
+    return event;
+}
+
+/// The status of a call; nothing is made of its arguments unless somebody listens.
+template <typename... Arguments>
+int answer(std::string_view operation, const Arguments&... arguments)
+{
+    const int status = injectedStatus(FaultPoint::Middleware, operation);
+    if (listening()) {
+        JValue event = middlewareEvent(operation, arguments...);
+        event.put("status", status);
+        report(event);
+    }
+    return status;
+}
+
+/// The same for a query that answers `returned` and no status.
+template <typename Returned, typename... Arguments>
+Returned answerQuery(std::string_view operation, Returned returned, const Arguments&... arguments)
+{
+    if (listening()) {
+        JValue event = middlewareEvent(operation, arguments...);
+        event.put("returned", toJson(returned));
+        report(event);
+    }
+    return returned;
+}
+
+} // namespace virtualtv
