@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+// The adapter of the gain middleware: log, call, turn the status into a bool.
+#include "keptvgain.h"
+
+#include <cstdint>
+
+#include "kepmiddleware.h"
+#include "mwlgain.h"
+
+using mwl_gain::MWLGain;
+
+namespace
+{
+
+constexpr const char* kErrorId = "GAIN_MWL_ERROR";
+
+struct ResourceNumber {
+    const char* resource;
+    int number;
+};
+// Behind the sinks "MAIN" and "SUB".
+constexpr ResourceNumber kResourceNumbers[] = {
+    {"ADEC", 0},    {"ADEC0", 0},   {"ADEC1", 1},   {"AMIXER0", 2}, {"AMIXER1", 3}, {"AMIXER2", 4},
+    {"AMIXER3", 5}, {"AMIXER4", 6}, {"AMIXER5", 7}, {"AMIXER6", 8}, {"AMIXER7", 9},
+};
+constexpr int kGenericMixerNumber = 2; // "AMIXER" behind "ALSA" is mixer input 0
+constexpr int kUnknownResource = -1;
+
+MWL_GAIN_TYPE_T gainTypeOf(const std::string& name)
+{
+    if (name == "input")
+        return MWL_GAIN_TYPE_INPUT;
+    return name == "output" ? MWL_GAIN_TYPE_OUTPUT : MWL_GAIN_TYPE_OTHER;
+}
+
+} // namespace
+
+kepTVGain* kepTVGain::getInstance()
+{
+    static kepTVGain instance;
+    return &instance;
+}
+
+bool kepTVGain::initGain()
+{
+    if (mPtrGainInstance == nullptr)
+        mPtrGainInstance = MWLGain::getInstance();
+    KEP_INFO("INFO_LOG", "mPtrGainInstance is Initialised");
+    return true;
+}
+
+bool kepTVGain::initGainAttributes()
+{
+    KEP_INFO("INFO_LOG", "Parsing Gain values from xml");
+    const bool registered =
+        KEP_SUCCEEDED(registerParams(mPtrGainInstance, &MWLGain::registerQualityParams,
+                                     &kepTvParser::mQualityParamsMap),
+                      kErrorId, "Failed to register quality parameters");
+    return KEP_SUCCEEDED(mPtrGainInstance->setGainInitialize(), kErrorId,
+                         "Failed to initilize gain middleware API") && // sic
+           registered;
+}
+
+void kepTVGain::parseGainXML()
+{
+    KEP_INFO("INFO_LOG", "Calling registerQualityParams & parseGainParams for snapshot-boot");
+    if (registerParams(mPtrGainInstance, &MWLGain::registerQualityParams,
+                       &kepTvParser::mQualityParamsMap) != 0)
+        KEP_ERROR(kErrorId, "Failed to register quality parameters in parseGainXML");
+    if (mPtrGainInstance->parseGainParams() != 0)
+        KEP_ERROR(kErrorId, "Failed to call parseGainParams");
+}
+
+void kepTVGain::resetGainAttributes()
+{
+    KEP_INFO("INFO_LOG", "Calling setVolumeInit of Gain middleware library");
+    if (mPtrGainInstance->setVolumeInit() != 0)
+        KEP_ERROR(kErrorId, "Failed to call setVolumeInit");
+}
+
+int kepTVGain::getResourceId(const std::string& resource, const std::string& sink)
+{
+    if (sink == "MAIN" || sink == "SUB") {
+        for (const ResourceNumber& row : kResourceNumbers)
+            if (resource == row.resource)
+                return row.number;
+    }
+    return resource == "AMIXER" && sink == "ALSA" ? kGenericMixerNumber : kUnknownResource;
+}
+
+bool kepTVGain::setInputVolume(std::string resource, std::string sink, unsigned char volume)
+{
+    const int number = getResourceId(resource, sink);
+    KEP_INFO("INFO_LOG", "Updating input volume %d to inputResource %d", volume, number);
+    return mPtrGainInstance->setInputVolume(number, volume) == 0;
+}
+
+bool kepTVGain::setOutputVolume(std::string soundOutput, int volume)
+{
+    KEP_INFO("INFO_LOG", "SoundOutput %s volume: %d", soundOutput.c_str(), volume);
+    // sic: the run of blanks belongs to the text
+    return KEP_SUCCEEDED(
+        mPtrGainInstance->setOutputVolume(soundOutput, static_cast<std::uint8_t>(volume)), kErrorId,
+        "Failed to set output volume                   SoundOutput %s volume: %d",
+        soundOutput.c_str(), volume);
+}
+
+bool kepTVGain::setInputGain()
+{
+    KEP_INFO("INFO_LOG", "calling setGainAsInput");
+    return KEP_SUCCEEDED(mPtrGainInstance->setGainAsInput(), kErrorId, "Failed to set input gain");
+}
+
+bool kepTVGain::registerAudioVideoInfo()
+{
+    KEP_INFO("INFO_LOG", "Calling registerAvParams");
+    return KEP_SUCCEEDED(registerParams(mPtrGainInstance, &MWLGain::registerAvParams,
+                                        &kepTvParser::mAvParamsMap),
+                         kErrorId, "Failed to register audio video parameters") &&
+           setInputGain();
+}
+
+bool kepTVGain::setAencGain()
+{
+    KEP_INFO("INFO_LOG", "calling setAencVolume");
+    return KEP_SUCCEEDED(mPtrGainInstance->setAencVolume(), kErrorId, "Failed to set AENC gain");
+}
+
+bool kepTVGain::registerAudioVideoInfoForEncoder()
+{
+    KEP_INFO("INFO_LOG", "Calling registerAencAvParams For Encoder");
+    return KEP_SUCCEEDED(registerParams(mPtrGainInstance, &MWLGain::registerAencAvParams,
+                                        &kepTvParser::mAencAvParamsMap),
+                         kErrorId, "Failed to register audio video parameters") &&
+           setAencGain();
+}
+
+std::string kepTVGain::getGainAsInput(std::string gainType, std::string soundOutput)
+{
+    KEP_INFO("INFO_LOG",
+             "Calling getGainAsInput of Gain middleware library : type =%s, soundOutput =%s",
+             gainType.c_str(), soundOutput.c_str());
+    const MWL_GAIN_TYPE_T type = gainTypeOf(gainType);
+    KEP_DEBUG("Calling getGainAsInput with - %u", type);
+    std::string gain = mPtrGainInstance->getGainAsInput(type, soundOutput);
+    if (gain.empty())
+        KEP_ERROR(kErrorId, "Failed to get Gain Value");
+    KEP_INFO("INFO_LOG", "getGainAsInput returned gain value = %s", gain.c_str());
+    return gain;
+}
+
+void kepTVGain::setAudioDescriptionVolume(int volume, const char* caller, int line)
+{
+    if (mPtrGainInstance->setAudioDescriptionVolume(volume) != 0)
+        KEP_LOG_AS(caller, line, kLogError, kErrorId, "Failed to set audioDescriptionVolume %d",
+                   volume);
+}
+
+void kepTVGain::setGainSettings(JValue settings)
+{
+    KEP_DEBUG("settingsKeyObject %s", settings.stringify().c_str());
+    if (settings["audioDescription"].asString() == "on") {
+        kepTvParser* parser = kepTvParser::getInstance();
+        const std::string stored =
+            parser->withMap(parser->mQualityParamsMap, [](const kepTvParser::Map& map) {
+                const auto entry = map.find("audioDescriptionVolume");
+                return entry != map.end() ? entry->second : std::string{};
+            });
+        if (stored.empty()) {
+            KEP_ERROR(kErrorId, "audio description volume key not present in map");
+        } else {
+            const int volume = std::stoi(stored);
+            KEP_INFO("INFO_LOG", "setting audioDescription volume to gain middleware library is %d",
+                     volume);
+            setAudioDescriptionVolume(volume);
+        }
+    }
+    if (settings.hasKey("audioDescriptionVolume")) {
+        const auto volume = settings["audioDescriptionVolume"].asNumber<std::int32_t>();
+        KEP_DEBUG("Set audioDescriptionVolume as %d", volume);
+        setAudioDescriptionVolume(volume);
+    }
+    if (settings.hasKey("autoVolume")) {
+        KEP_DEBUG("Calling setGainAsInput when autoVolume key changes");
+        if (setInputGain())
+            KEP_INFO("INFO_LOG", "Call setGainAsInput is success when autoVolume key changes");
+    }
+}

@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: Apache-2.0
+// The television backend: its registration, its life and its active state.
+#include "keptvaudio.h"
+
+#include "kepfactory.h"
+#include "keplog.h"
+
+namespace
+{
+
+constexpr const char* kBackendName = "TV";
+
+// Connected from the start: the mixer inputs of the system's own sounds.
+constexpr KEP_AUDIO_RESOURCE_T kInitialResources[] = {
+    KEP_AUDIO_RESOURCE_AMIXER5,
+    KEP_AUDIO_RESOURCE_AMIXER6,
+    KEP_AUDIO_RESOURCE_AMIXER7,
+};
+
+} // namespace
+
+unsigned int kepTVAudio::mHeadphoneUnmuteTimerID = 0;
+bool kepTVAudio::mHeadphoneTimerMuteDone = false;
+
+kepTVAudio* kepTVAudio::getInstance()
+{
+    static kepTVAudio instance;
+    return &instance;
+}
+
+kepAudio* kepTVAudio::createObject()
+{
+    return mIsObjRegistered ? getInstance() : nullptr;
+}
+
+kepTVAudio::~kepTVAudio()
+{
+    kepFactory::getInstance()->UnRegister(kBackendName);
+    KEP_DEBUG("UnRegister kepTVAudio ...");
+}
+
+unsigned int kepTVAudio::initAudio()
+{
+    const unsigned int status = initSpeaker();
+    kepTvParser* parser = kepTvParser::getInstance();
+    if (parser == nullptr)
+        return KEP_STATUS_FAILED;
+    bindAdapters(parser);
+    mConnectedResources.insert(mConnectedResources.end(), std::begin(kInitialResources),
+                               std::end(kInitialResources));
+    initGainAudio();
+    mPtrTVAmplifier->initAmplifier();
+    mPtrTVDelay->initDelay();
+    mPtrTVGain->initGain();
+    mPtrTVSoundEngine->initSoundEngine();
+    mPtrTVAmplifier->mIsBootup = true;
+    return status;
+}
+
+void kepTVAudio::bindAdapters(kepTvParser* parser)
+{
+    if (mPtrParserInstance != nullptr)
+        return; // bound by an earlier initAudio: the start-up worker may be reading the pointers
+    mPtrParserInstance = parser;
+    mPtrTVAmplifier = kepTVAmplifier::getInstance();
+    mPtrTVDelay = kepTVDelay::getInstance();
+    mPtrTVGain = kepTVGain::getInstance();
+    mPtrTVSoundEngine = kepTVSoundEngine::getInstance();
+}
+
+unsigned int kepTVAudio::deinitAudio()
+{
+    mConnectedResources.clear();
+    return KEP_STATUS_OK;
+}
+
+unsigned int kepTVAudio::initSpeaker()
+{
+    return KEP_STATUS_OK;
+}
+
+void kepTVAudio::setActiveState(bool active)
+{
+    mActiveState = active;
+    KEP_INFO("INFO_LOG", "Setting ActiveStatus: %d", active);
+}
+
+bool kepTVAudio::getActiveState() const
+{
+    KEP_INFO("INFO_LOG", "Getting ActiveStatus: %d", mActiveState);
+    return mActiveState;
+}
+
+// TODO: the requests below answer failure until routing, settings and quality attributes are here.
+
+unsigned int kepTVAudio::connectInput(std::string, std::string, JValue)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::disconnectInput(std::string, std::string)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::getHeadphoneStatus(bool*)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::removePipelineInfo(std::string)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setSoundOutput(std::string)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setMute(std::string, std::string, bool)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setOutputVolume(std::string, std::uint8_t)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setInputVolume(std::string, std::string, std::uint8_t)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setOutputMute(std::string, bool)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setMuteExtSPK(bool)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setQualityAttribute(JValue)
+{
+    return KEP_RESULT_FAILED;
+}
+
+unsigned int kepTVAudio::setSettings(std::string, JValue)
+{
+    return KEP_RESULT_FAILED;
+}
+
+JValue kepTVAudio::getSettings(const std::string&, JValue)
+{
+    return true;
+}
+
+bool kepTVAudio::mIsObjRegistered =
+    kepFactory::getInstance()->Register(kBackendName, &kepTVAudio::createObject);

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+// The one door to the driver: every write opens the card, loads its element list, writes and closes
+// again.
+#include <memory>
+
+#include <alsa/asoundlib.h>
+
+#include "keplog.h"
+#include "keptvaudio.h"
+
+namespace
+{
+
+/// What libasound's element value has room for; a larger index is an assertion there.
+constexpr int kMaxIntegers = 128;
+
+struct HandleCloser {
+    void operator()(snd_hctl_t* handle) const { kepTVAudio::closeControlHandle(handle); }
+};
+using HandlePtr = std::unique_ptr<snd_hctl_t, HandleCloser>;
+
+} // namespace
+
+bool kepTVAudio::setControlElement(const std::string& name, const std::int32_t* values, int count)
+{
+    snd_ctl_elem_value_t* value = nullptr;
+    snd_ctl_elem_value_alloca(&value);
+    snd_ctl_elem_id_t* id = nullptr;
+    snd_ctl_elem_id_alloca(&id);
+    snd_ctl_elem_info_t* info = nullptr;
+    snd_ctl_elem_info_alloca(&info);
+
+    snd_hctl_t* opened = nullptr;
+    int error = snd_hctl_open(&opened, kCard, 0);
+    const HandlePtr handle{error < 0 ? nullptr : opened};
+    if (error < 0) {
+        KEP_ERROR("CONTROL_HANDLE_OPEN_ERROR", "Control %s open error: %s", kCard,
+                  snd_strerror(error));
+        return false;
+    }
+    error = snd_hctl_load(handle.get());
+    if (error < 0) {
+        KEP_ERROR("CONTROL_HANDLE_LOAD_ERROR", "Control %s load error: %s", kCard,
+                  snd_strerror(error));
+        return false;
+    }
+    snd_ctl_elem_id_set_interface(id, SND_CTL_ELEM_IFACE_MIXER);
+    snd_ctl_elem_id_set_name(id, name.c_str());
+    snd_hctl_elem_t* element = snd_hctl_find_elem(handle.get(), id);
+    if (element == nullptr) {
+        KEP_ERROR("CONTROL_ELEMENT_NOT_FOUND", "Did not find the element");
+        return false;
+    }
+    error = snd_hctl_elem_info(element, info);
+    if (error < 0) {
+        KEP_ERROR("CONTROL_ELEMENT_INFO_ERROR", "Control element snd_hctl_elem_info error: %s",
+                  snd_strerror(error));
+        return false;
+    }
+    snd_ctl_elem_info_get_id(info, id);
+    snd_ctl_elem_value_set_id(value, id);
+    for (int i = 0; i < count && count <= kMaxIntegers; ++i)
+        snd_ctl_elem_value_set_integer(value, static_cast<unsigned int>(i), values[i]);
+    error = count <= kMaxIntegers ? snd_hctl_elem_write(element, value) : -EINVAL;
+    if (error < 0) {
+        KEP_ERROR("CONTROL_ELEMENT_WRITE_ERROR", "Control element write error: %s",
+                  snd_strerror(error));
+        return false;
+    }
+    return true;
+}
+
+void kepTVAudio::closeControlHandle(snd_hctl_t* handle)
+{
+    if (handle != nullptr && snd_hctl_close(handle) < 0)
+        KEP_ERROR("CONTROL_DEVICE_CLOSE_ERROR", "device can't close");
+}
+
+bool kepTVAudio::setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute)
+{
+    if (!write(kMuteOutput, {typeOf(output), mute ? 1 : 0})) {
+        KEP_ERROR("CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element: %s on %d", // sic
+                  kMuteOutput.name, output);
+        return false;
+    }
+    return true;
+}

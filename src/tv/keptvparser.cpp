@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// The parameter store. Flattening goes one level deep: a nested value is stored whole, under its
+// own name.
+#include "keptvparser.h"
+
+#include <vector>
+
+#include "keplog.h"
+
+kepTvParser* kepTvParser::getInstance()
+{
+    static kepTvParser instance;
+    return &instance;
+}
+
+bool kepTvParser::storeParameters(JValue object, Map& target)
+{
+    if (!object.isObject())
+        return false;
+    for (const auto& [key, value] : object.members()) {
+        KEP_DEBUG("store Parameters key: %s value: %s", key.c_str(), value.stringify().c_str());
+        std::string text = value.isString() ? value.asString() : value.stringify();
+        withMap(target, [&](Map& map) { map.insert_or_assign(key, std::move(text)); });
+    }
+    return true;
+}
