@@ -323,8 +323,6 @@ bool JValue::remove(std::size_t index)
 
 std::string JValue::stringify() const
 {
-    if (!isValid())
-        return {};
     std::size_t length = 0;
     const char* text = json_object_to_json_string_length(mNode, kTextFlags, &length);
     return text != nullptr ? std::string{text, length} : throw std::bad_alloc{};

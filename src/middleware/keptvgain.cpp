@@ -162,10 +162,7 @@ void kepTVGain::setGainSettings(JValue settings)
     if (settings["audioDescription"].asString() == "on") {
         kepTvParser* parser = kepTvParser::getInstance();
         const std::string stored =
-            parser->withMap(parser->mQualityParamsMap, [](const kepTvParser::Map& map) {
-                const auto entry = map.find("audioDescriptionVolume");
-                return entry != map.end() ? entry->second : std::string{};
-            });
+            parser->find(parser->mQualityParamsMap, "audioDescriptionVolume").value_or("");
         if (stored.empty()) {
             KEP_ERROR(kErrorId, "audio description volume key not present in map");
         } else {

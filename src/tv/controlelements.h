@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 /// An element with the number of its integers; writing it with another number does not compile.
 template <std::size_t Count>
@@ -35,3 +36,6 @@ inline constexpr ControlElement<2> kAdecDolbyOttMode        {"Adec Dolby OTTMode
 inline constexpr ControlElement<3> kGainInput               {"Gain Input"};                      // index, port, gain
 inline constexpr ControlElement<2> kGainOutput              {"Gain Output"};                     // output type, gain
 // clang-format on
+
+/// The first integer of "Sndout Optic QN", but for the one write that opens the output.
+inline constexpr std::int32_t kOpticQnKey = 0xF048A6; // sic

@@ -19,9 +19,6 @@ constexpr KEP_AUDIO_RESOURCE_T kInitialResources[] = {
 
 } // namespace
 
-unsigned int kepTVAudio::mHeadphoneUnmuteTimerID = 0;
-bool kepTVAudio::mHeadphoneTimerMuteDone = false;
-
 kepTVAudio* kepTVAudio::getInstance()
 {
     static kepTVAudio instance;
@@ -46,8 +43,10 @@ unsigned int kepTVAudio::initAudio()
     if (parser == nullptr)
         return KEP_STATUS_FAILED;
     bindAdapters(parser);
-    mConnectedResources.insert(mConnectedResources.end(), std::begin(kInitialResources),
-                               std::end(kInitialResources));
+    parser->guarded([this] {
+        mConnectedResources.insert(mConnectedResources.end(), std::begin(kInitialResources),
+                                   std::end(kInitialResources));
+    });
     initGainAudio();
     mPtrTVAmplifier->initAmplifier();
     mPtrTVDelay->initDelay();
@@ -70,7 +69,7 @@ void kepTVAudio::bindAdapters(kepTvParser* parser)
 
 unsigned int kepTVAudio::deinitAudio()
 {
-    mConnectedResources.clear();
+    kepTvParser::getInstance()->guarded([this] { mConnectedResources.clear(); });
     return KEP_STATUS_OK;
 }
 
@@ -91,57 +90,7 @@ bool kepTVAudio::getActiveState() const
     return mActiveState;
 }
 
-// TODO: the requests below answer failure until routing, settings and quality attributes are here.
-
-unsigned int kepTVAudio::connectInput(std::string, std::string, JValue)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::disconnectInput(std::string, std::string)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::getHeadphoneStatus(bool*)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::removePipelineInfo(std::string)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::setSoundOutput(std::string)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::setMute(std::string, std::string, bool)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::setOutputVolume(std::string, std::uint8_t)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::setInputVolume(std::string, std::string, std::uint8_t)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::setOutputMute(std::string, bool)
-{
-    return KEP_RESULT_FAILED;
-}
-
-unsigned int kepTVAudio::setMuteExtSPK(bool)
-{
-    return KEP_RESULT_FAILED;
-}
+// TODO: these answer failure until settings and quality attributes are here.
 
 unsigned int kepTVAudio::setQualityAttribute(JValue)
 {

@@ -4,7 +4,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <initializer_list>
 #include <map>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,14 +23,47 @@
 
 struct _snd_hctl; // libasound's control handle
 
+/// Codec types of the driver's eARC output.
+enum sndout_earc_output_codec_type : std::uint32_t {
+    SNDOUT_EARC_PCM = 1,
+    SNDOUT_EARC_DD = 2,
+    SNDOUT_EARC_AAC = 3,
+    SNDOUT_EARC_DD_FROM_DTS = 4,
+    SNDOUT_EARC_DDPLUS = 5,
+    SNDOUT_EARC_TRUEHD = 6,
+    SNDOUT_EARC_MAT2PCM = 7,
+    SNDOUT_EARC_DTSHD = 8,
+};
+
+/// Whether other sounds are mixed into the eARC output.
+enum sndout_earc_output_mix_option : std::uint32_t {
+    SNDOUT_EARC_MIX_OFF = 0,
+    SNDOUT_EARC_MIX_ON = 1,
+};
+
+/// Driver numbers of a digital mode (keptvaudiodigital.cpp).
+struct DigitalModes;
+/// Steps of opening and closing an output (keptvaudiooutput.cpp).
+enum class OutputStep : std::uint8_t;
+
+/// The attributes of one media pipeline.
+using AudioVideoInfo = std::map<std::string, std::string>;
+
 /// Routes the television's audio resources to its sound outputs and drives its audio middleware.
 ///
 /// One class, because all of it works on one state; its definitions are divided over files, a room
 /// each:
-///   keptvaudio.cpp          registration, life cycle, active state
-///   keptvaudiocontrol.cpp   the one door to the driver's control elements
-///   keptvaudiostartup.cpp   the initial gains
-///   keptvaudioutil.cpp      names to identifiers, identifiers to driver numbers
+///   keptvaudio.cpp           registration, life cycle, active state
+///   keptvaudiocontrol.cpp    the one door to the driver's control elements
+///   keptvaudiorouting.cpp    inputs: connecting resources to the current output
+///   keptvaudiooutput.cpp     output selection
+///   keptvaudiovolume.cpp     volume and mute
+///   keptvaudioheadphone.cpp  headphone, and muting by power state
+///   keptvaudiodigital.cpp    formats of optical, ARC and eARC
+///   keptvaudiostartup.cpp    the initial gains
+///   keptvaudioutil.cpp       names to identifiers, identifiers to driver numbers, predicates
+///   keptvaudioquality.cpp    the pipeline store
+///   keptvaudiosettings.cpp   updates of the pipeline store
 ///
 /// Calls come from one thread at a time. The start-up worker and GLib timers work on the same
 /// object; what the worker shares with the caller is atomic, or behind the parameter store's guard.
@@ -102,6 +138,157 @@ public:
     /// Writes "Mute Output".
     static bool setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute);
 
+    // --- Inputs (keptvaudiorouting.cpp). Result: KEP_RESULT_OK or KEP_RESULT_FAILED. Members of a
+    // combination are written one after the other up to the first failure; nothing is undone.
+
+    /// Connects or disconnects a resource and every member of the current sound output.
+    unsigned int checkConnectInputResource(KEP_AUDIO_RESOURCE_T resource);
+    unsigned int checkDisconnectInputResource(KEP_AUDIO_RESOURCE_T resource);
+    /// Connects or disconnects a resource and one single output.
+    unsigned int connectInputResource(KEP_AUDIO_RESOURCE_T resource, KEP_AUDIO_SNDOUT_T output);
+    unsigned int disconnectInputResource(KEP_AUDIO_RESOURCE_T resource, KEP_AUDIO_SNDOUT_T output);
+    /// Connects or disconnects all connected resources and the output of that driver bit; false at
+    /// the first failure.
+    bool connectDisconnectResources(int outputType, bool connect);
+
+    // --- Output selection (keptvaudiooutput.cpp). False when a step failed, which has then been
+    // logged; a transition makes its other steps all the same.
+
+    bool handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output);
+    bool setSingularSoundOutput(KEP_AUDIO_SNDOUT_T output);
+    bool setSpeakerSpdifSoundOutput();
+    bool setHPSoundOutput();
+    bool setSpeakerHPSoundOutput();
+    bool setSpeakerBluetoothSoundOutput();
+    bool setSpeakerOpticalArcSoundOutput();
+    bool setTvSpeakerSoundOutput(KEP_AUDIO_SNDOUT_T output);
+    bool setTvSpeakerSpdifSoundOutput(KEP_AUDIO_SNDOUT_T output);
+    bool setTvSpeakerHPSoundOutput(KEP_AUDIO_SNDOUT_T output);
+    bool setTvSpeakerOpticalArcSoundOutput(KEP_AUDIO_SNDOUT_T output);
+    bool setTvSpeakerBluetoothSoundOutput(KEP_AUDIO_SNDOUT_T output);
+
+    /// Opens or closes one single output; false for one that the driver does not know.
+    bool connectOutput(KEP_AUDIO_SNDOUT_T output);
+    bool disconnectOutput(KEP_AUDIO_SNDOUT_T output);
+    bool connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output);
+    bool disconnectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output);
+    bool connectHPOutput(KEP_AUDIO_SNDOUT_T output);
+    bool disconnectHPOutput(KEP_AUDIO_SNDOUT_T output);
+    bool connectExternalArcOutput(KEP_AUDIO_SNDOUT_T output);
+    bool disconnectExternalArcOutput(KEP_AUDIO_SNDOUT_T output);
+    bool connectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output);
+    bool disconnectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output);
+    bool connectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output);
+    bool disconnectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output);
+    bool connectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output);
+    bool disconnectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output);
+
+    // --- Volume and mute (keptvaudiovolume.cpp)
+
+    /// Sets the volume of the speaker family; 0 mutes the amplifier, leaving 0 unmutes it.
+    bool setSpeakerHeadphoneOutputVolume(std::uint8_t volume);
+    bool setQNSoundSyncOutputVolume(std::uint8_t volume, bool mute);
+    /// Mutes the speaker and, unless the volume is 0, the amplifier. Result code.
+    unsigned int setSpeakerOutputMute(const bool& mute);
+    /// Mutes the external speaker, through the line of the headphone amplifier.
+    bool executeMuteExtSpeaker(const bool& mute);
+    /// Whether the payload's "reset" is true.
+    bool checkForResetValue(JValue value) const;
+
+    // --- Headphone and power state (keptvaudioheadphone.cpp). Three reasons may hold the headphone
+    // muted; it is unmuted when none is left. After power-on and resume a timer holds every unmute
+    // back.
+
+    bool setMuteHeadphone(bool mute);
+    /// Mutes or unmutes the hardware, if the three reasons allow it.
+    bool executeMuteHeadphone(bool mute);
+    /// Whether the request may reach the hardware.
+    bool isValidHeadphoneMute(bool mute) const;
+    bool setHeadphoneDetectionMute(bool mute);
+    /// The same for {"mute"}; false without it.
+    bool setHeadphoneDetectionMute(JValue payload);
+    /// Mutes what {"soundOutput", "mute"} names; true, with nothing done, when one of them is
+    /// missing.
+    bool setPowerStateMute(JValue payload);
+    bool setPowerStateTvSpeakerMute(KEP_AUDIO_SNDOUT_T output, bool mute);
+    bool setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute);
+    /// One-shot GLib timers after resume and after power-on; `backend` is a kepTVAudio, or null.
+    static int _resetHeadphoneUnmuteTimerCallback(void* backend);
+    static int _headphoneUnmuteAcOnCallback(void* backend);
+    /// Acts on {"powerState"}: "on" and "off" the sound bar, "opticLightOn" and "opticLightOff" the
+    /// light.
+    bool setQNSoundbarState(JValue payload);
+    bool setPowerOnOffQNSoundSync(std::string state);
+    bool setOpticLightOnOff(std::string state);
+    void setSupportBnoModel(bool supported);
+    bool getSupportBnoModel() const;
+    bool getPowerStateHeadphoneMute() const { return mPowerStateHeadphoneMute; }
+    bool getMuteHeadphoneDetection() const { return mHeadphoneDetectionMute; }
+    bool getMuteHeadphone() const { return mHeadphoneMuteStatus; }
+
+    // --- Digital outputs (keptvaudiodigital.cpp). Digital modes: "pcm", "auto", "passThrough".
+    // False when an element could not be written, which has then been logged.
+
+    /// Writes the formats of optical and ARC for the mode, then that of eARC.
+    bool setSoundOutputDigital(std::string mode);
+    /// The mode of the current output: the user's for optical and ARC, "pcm" for every other one.
+    std::string getSoundOutputDigitalMode() const;
+    /// The driver's format numbers; 0 for an unknown mode.
+    int getSoundOutputOpticMode(std::string mode) const;
+    int getSoundOutputArcMode(std::string mode) const;
+    int getPassThroughOpticMode() const;
+    int getAutoOpticMode() const;
+    int getPassThroughArcMode() const;
+    int getAutoArcMode() const;
+    bool setEarcSoundOutputDigital(std::string mode);
+    bool setEArcOutputType(sndout_earc_output_codec_type codec, sndout_earc_output_mix_option mix);
+    bool setEArcOutputTypeForPassThrough();
+    bool checkReEncodePriority();
+    bool setDolbyForJP();
+    bool setDolbyForNonJP();
+    bool setEArcOutputTypeForDTS();
+    /// The codec of the current pipeline; "" when it is not known.
+    std::string getInputCodecType() const;
+    bool isInputCodecPCM() const;
+    bool isEarcCapabilityAvailable(std::string codec) const;
+    /// Takes over the codecs that the eARC device announces, and applies the digital mode anew.
+    bool updateEarcCapability(JValue capability);
+    /// Applies "immersive" and "codec" of a pipeline.
+    void updateCodecImmersiveFormat(const AudioVideoInfo& pipeline);
+    bool isCountryCodeJP() const;
+    /// Switches ARC, then eARC, which is left alone when the first failed.
+    bool setArcOnOff(int arc, int earc);
+    void setAtmosEncode(bool on);
+    void setAtmosEncodeForARCProfile(std::string profile, std::string activation);
+    void setAtmosEncodeForEARCProfile(bool atmos, std::string activation);
+    bool setOTTAdecMode(bool ott, bool atmosLock);
+    /// Writes the category code of the broadcast system that the settings named.
+    void setBroadcastSystem();
+    /// The driver's numbers of a copyright: "free", "no_more", "once", "never"; 0 for any other
+    /// text.
+    int getSoundOutOpticCopyValue(std::string copyright) const;
+    int getSoundOutArcCopyValue(std::string copyright) const;
+    bool isValidCopyright(std::string copyright) const;
+    bool setSpdifSecurity(std::string copyright);
+
+    // --- Pipelines (keptvaudioquality.cpp, keptvaudiosettings.cpp, keptvaudioutil.cpp)
+
+    /// Takes in a pipeline report: a new pipeline, or an update of a known one. False when it names
+    /// none.
+    bool updatePipelineInfo(JValue pipelineInfo);
+    void storePipelineInfoParameters(JValue pipelineInfo);
+    void updateExistingPipelineInfo(JValue pipelineInfo);
+    /// Strips the pipeline's entries down to its id; false when it is unknown.
+    bool resetPipelineInfo(JValue pipelineInfo);
+    bool isNewPipelineId(std::string pipelineId) const;
+    /// Whether the parameters that the middleware has are of that pipeline, or of none.
+    bool isValidPipelineId(std::string pipelineId) const;
+    /// Whether the pipeline is a main one: neither audio description nor an effect.
+    bool isValidpipelinePurpose(JValue attributes) const;
+    /// Dumps to the log: the middleware's parameters (debug), all pipelines (info).
+    void printAudioVideoInfoTable() const;
+    void printSetQualityAttributeInfo() const;
+
     // --- Start-up (keptvaudiostartup.cpp)
 
     /// Writes the initial gain of every connected resource and of the speaker, and notes whether
@@ -124,12 +311,28 @@ protected:
     {
         return audioResourceIdToPort(resource);
     }
+    /// The single outputs that make up an output, in the order in which they are opened.
+    static std::span<const KEP_AUDIO_SNDOUT_T> membersOf(KEP_AUDIO_SNDOUT_T output);
+
     /// Writes an element with exactly its number of integers.
     template <std::size_t Count>
     static bool write(const ControlElement<Count>& element, const std::int32_t (&values)[Count])
     {
         return setControlElement(element.name, values, static_cast<int>(Count));
     }
+    /// The same, with the failure logged for the caller; `suffix` says where, after a blank.
+    template <std::size_t Count>
+    static bool writeOrLog(const ControlElement<Count>& element,
+                           const std::int32_t (&values)[Count], const char* suffix = "",
+                           const char* caller = __builtin_FUNCTION(), int line = __builtin_LINE())
+    {
+        if (write(element, values))
+            return true;
+        logWriteFailure(element.name, suffix, caller, line);
+        return false;
+    }
+    static void logWriteFailure(const char* element, const char* suffix, const char* caller,
+                                int line);
 
     // --- Life cycle
     void bindAdapters(kepTvParser* parser);
@@ -145,15 +348,58 @@ protected:
 
     // --- Routing
     KEP_AUDIO_SNDOUT_T mCurrentSoundout = KEP_AUDIO_NO_OUTPUT;
-    std::vector<KEP_AUDIO_RESOURCE_T> mConnectedResources; // in order of connection
+    // In order of connection. Only the caller's thread changes it, behind the store's guard: the
+    // start-up worker walks it, too.
+    std::vector<KEP_AUDIO_RESOURCE_T> mConnectedResources;
 
-    // --- Headphone: state of all instances, for the timers' sake
-    static unsigned int mHeadphoneUnmuteTimerID; // GLib source of the pending timer, 0 for none
-    static bool mHeadphoneTimerMuteDone;
-    KEP_AUDIO_SNDOUT_T mPopNoiseSoundOutput = KEP_AUDIO_NO_OUTPUT;
+    // --- Output selection
+    struct OutputPair;
+    static const OutputPair
+        kOutputPairs[8]; // a single output and the two operations that switch it
+
+    bool moveTo(KEP_AUDIO_SNDOUT_T output);
+    bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix, const char* caller,
+                 int line);
+    bool runSteps(std::initializer_list<OutputStep> steps, KEP_AUDIO_SNDOUT_T output,
+                  const char* suffix = "", const char* caller = __builtin_FUNCTION(),
+                  int line = __builtin_LINE());
+
+    // --- Volume and mute
+    std::uint8_t mOutputVolume = 0; // last one requested for the output that was current
+    bool mOutputMuteStatus = false; // last one requested, for whatever output
+
+    // --- Headphone. The reasons to mute and the timer are also used by the start-up worker.
+    bool isUnmuteHeldBack(bool mute, const char* caller = __builtin_FUNCTION(),
+                          int line = __builtin_LINE()) const;
+
+    std::atomic<bool> mHeadphoneMuteStatus{false};     // asked for by the caller
+    std::atomic<bool> mHeadphoneDetectionMute{false};  // asked for by headphone detection
+    std::atomic<bool> mPowerStateHeadphoneMute{false}; // asked for by the power state
+    bool mIsPrepareResume = false;                     // the next unmute is the first after resume
+    KEP_AUDIO_SNDOUT_T mPopNoiseSoundOutput = KEP_AUDIO_NO_OUTPUT; // unmuted when the timer fires
+    static std::atomic<unsigned int> mHeadphoneUnmuteTimerID; // GLib source, 0 when none is pending
+    static std::atomic<bool> mHeadphoneTimerMuteDone;         // a timer has run; never cleared
 
     // --- Digital outputs
+    /// A parameter of the settings, or of the current pipeline; empty when there is none.
+    std::optional<std::string> qualityParam(const char* key) const
+    {
+        return mPtrParserInstance->find(mPtrParserInstance->mQualityParamsMap, key);
+    }
+    std::optional<std::string> avParam(const char* key) const
+    {
+        return mPtrParserInstance->find(mPtrParserInstance->mAvParamsMap, key);
+    }
+    int modeNumber(const DigitalModes& modes, bool japan) const;
+    bool hasDolbyProfile() const;
+    bool isJapaneseArc() const;
+    sndout_earc_output_codec_type preferredDolbyType() const;
+
     JValue mEarcCapability; // codecs that the connected eARC device announced
+    bool mSupportBnoModel = false;
+    bool mMixerFlag = false;    // setting "mix"
+    bool mForcedDDPlus = false; // setting "forceOutputDDPLUS"
+    std::string mArcProfile;    // setting "arcProfile"
 
     // --- Start-up
     struct StartupConditions {
@@ -165,7 +411,11 @@ protected:
     std::atomic<bool> mIsInitGainAudioUpdate{false}; // also written by the start-up worker
 
     // --- Pipelines and settings
-    using AudioVideoInfo = std::map<std::string, std::string>;
+    static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
+    void useAsCurrentPipeline(const AudioVideoInfo& pipeline,
+                              const char* caller = __builtin_FUNCTION(),
+                              int line = __builtin_LINE());
+
     std::vector<AudioVideoInfo> AudioVideoInfoMapVector;
     std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category
     std::map<std::string, std::string> mStoredSettings;

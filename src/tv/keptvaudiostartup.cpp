@@ -14,7 +14,9 @@ void kepTVAudio::initGainAudio()
 {
     KEP_INFO("INFO_LOG", "init Gain Audio");
     bool done = true;
-    for (const KEP_AUDIO_RESOURCE_T resource : mConnectedResources) {
+    const auto connected =
+        kepTvParser::getInstance()->guarded([this] { return mConnectedResources; });
+    for (const KEP_AUDIO_RESOURCE_T resource : connected) {
         if (!write(kGainInput, {indexOf(resource), portOf(resource), kInitialGain})) {
             KEP_ERROR("CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element %s", // sic
                       kGainInput.name);

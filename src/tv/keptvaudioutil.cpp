@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Identifiers: names to resources and outputs, resources and outputs to the driver's numbers.
 // Two tables hold all of it; the functions below only walk them.
-#include <span>
+#include <algorithm>
+#include <iterator>
 
 #include "keplog.h"
 #include "keptvaudio.h"
@@ -124,6 +125,17 @@ unsigned int kepTVAudio::getSoundOutputCommonType(KEP_AUDIO_SNDOUT_T output)
     return row != nullptr ? row->typeBit : 0;
 }
 
+std::span<const KEP_AUDIO_SNDOUT_T> kepTVAudio::membersOf(KEP_AUDIO_SNDOUT_T output)
+{
+    static constexpr KEP_AUDIO_SNDOUT_T kNone[] = {KEP_AUDIO_NO_OUTPUT};
+    const OutputRow* row = findOutput(output);
+    if (row == nullptr)
+        return kNone;
+    const auto* end =
+        std::find(std::begin(row->members), std::end(row->members), KEP_AUDIO_NO_OUTPUT);
+    return {std::begin(row->members), end};
+}
+
 bool kepTVAudio::isValidResource(KEP_AUDIO_RESOURCE_T resource)
 {
     return findResource(resource) != nullptr;
@@ -145,4 +157,55 @@ std::string kepTVAudio::getSoundOutputKey() const
 {
     const auto entry = mStoredSettings.find("soundOutput");
     return entry != mStoredSettings.end() ? entry->second : "";
+}
+
+bool kepTVAudio::hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId)
+{
+    const auto id = pipeline.find("pipelineId");
+    return id != pipeline.end() && id->second == pipelineId;
+}
+
+bool kepTVAudio::isNewPipelineId(std::string pipelineId) const
+{
+    KEP_INFO("INFO_LOG", "Checking PipelineId is New or existing %s", pipelineId.c_str());
+    if (AudioVideoInfoMapVector.empty()) {
+        KEP_INFO("INFO_LOG", "Vector of AudioVideoInfo map is empty, so new pipelineId requested");
+        return true;
+    }
+    for (const AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
+        if (hasPipelineId(pipeline, pipelineId)) {
+            KEP_INFO("INFO_LOG", "PipelineId is matching, so need to update the map pipelineId %s",
+                     pipelineId.c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
+bool kepTVAudio::isValidPipelineId(std::string pipelineId) const
+{
+    const AudioVideoInfo current = mPtrParserInstance->copyOf(mPtrParserInstance->mAvParamsMap);
+    if (current.empty()) {
+        KEP_DEBUG("First time request is allowed  \n"); // sic
+        return true;
+    }
+    if (hasPipelineId(current, pipelineId)) {
+        KEP_DEBUG("Requested pipelineId %s is same as stored pipelineId in map",
+                  pipelineId.c_str());
+        return true;
+    }
+    KEP_ERROR("INVALID_PARAMETER", "Invalid pipelineId %s", pipelineId.c_str());
+    return false;
+}
+
+bool kepTVAudio::isValidpipelinePurpose(JValue attributes) const
+{
+    const JValue purposes = attributes["pipelinePurpose"];
+    KEP_INFO("INFO_LOG", "isValidpipelinePurpose purposeType: %s", purposes.stringify().c_str());
+    for (const JValue& purpose : purposes.elements()) {
+        const std::string name = purpose.asString();
+        if (name == "AUDIO_DESC" || name == "EFFECT")
+            return false;
+    }
+    return true;
 }

@@ -24,3 +24,16 @@ bool kepTvParser::storeParameters(JValue object, Map& target)
     }
     return true;
 }
+
+kepTvParser::Map kepTvParser::copyOf(const Map& map)
+{
+    return guarded([&] { return map; });
+}
+
+std::optional<std::string> kepTvParser::find(const Map& map, const std::string& key)
+{
+    return guarded([&]() -> std::optional<std::string> {
+        const auto entry = map.find(key);
+        return entry != map.end() ? std::optional{entry->second} : std::nullopt;
+    });
+}

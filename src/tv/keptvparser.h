@@ -4,6 +4,7 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "jvalue.h"
@@ -28,9 +29,18 @@ public:
     template <typename Use>
     auto withMap(Map& map, Use use)
     {
-        const std::lock_guard lock{mGuard};
-        return use(map);
+        return guarded([&] { return use(map); });
     }
+    /// What `use` gives while nobody else is behind the guard; for what is shared beside the maps.
+    template <typename Use>
+    auto guarded(Use use)
+    {
+        const std::lock_guard lock{mGuard};
+        return use();
+    }
+    Map copyOf(const Map& map);
+    /// The entry of that key; empty when there is none.
+    std::optional<std::string> find(const Map& map, const std::string& key);
 
     Map mQualityParamsMap; // filled by the settings
     Map mAvParamsMap;      // the current pipeline

@@ -1,0 +1,281 @@
+// SPDX-License-Identifier: Apache-2.0
+// Headphone and power state: a television must not pop or hiss when it starts, resumes or changes
+// output. An unmute has to pass two gates: the timer after power-on or resume, and the three
+// reasons to stay muted.
+#include <cstring>
+
+#include <glib.h>
+
+#include "hwiogpio.h"
+#include "keplog.h"
+#include "keptvaudio.h"
+#include "subcpu.h"
+
+namespace
+{
+
+constexpr const char* kHeadphoneLine = "GPIO_RD_HP_LINK";
+constexpr unsigned int kUnmuteDelayMs = 5000;
+constexpr unsigned int kSoundSyncOffPauseUs = 50'000;
+
+} // namespace
+
+std::atomic<unsigned int> kepTVAudio::mHeadphoneUnmuteTimerID{0};
+std::atomic<bool> kepTVAudio::mHeadphoneTimerMuteDone{false};
+
+unsigned int kepTVAudio::getHeadphoneStatus(bool* connected)
+{
+    std::uint8_t level = 0;
+    const int status = HWIO_GPIO_ReadInputPort(kHeadphoneLine, &level);
+    if (status != 0) {
+        KEP_ERROR("HWIO_GPIO_ERROR", "Received error from HWIO library Status: %d ", status); // sic
+        return KEP_RESULT_FAILED;
+    }
+    if (connected != nullptr)
+        *connected = level != 0;
+    return KEP_RESULT_OK;
+}
+
+// --- The mute decision
+
+bool kepTVAudio::isValidHeadphoneMute(bool mute) const
+{
+    KEP_INFO("INFO_LOG", "%s check %d %d %d", __func__, mHeadphoneMuteStatus.load(),
+             mHeadphoneDetectionMute.load(), mPowerStateHeadphoneMute.load());
+    if (mHeadphoneMuteStatus || mHeadphoneDetectionMute)
+        return mute;
+    return mute == mPowerStateHeadphoneMute;
+}
+
+bool kepTVAudio::executeMuteHeadphone(bool mute)
+{
+    KEP_INFO("INFO_LOG", "Called execute muteHeadphone muteStatus %d", mute);
+    if (!isValidHeadphoneMute(mute)) {
+        KEP_INFO("INFO_LOG", "Headphone mute is not valid");
+        return true;
+    }
+    bool done = true;
+    if (subcpu_misc_Set_HPMuteOnOff(mute) != 0) {
+        KEP_ERROR("SUBCPU_ERROR", "Failed to set headphone mute status %d", mute);
+        done = false; // the driver is told all the same
+    }
+    return setMuteControlElement(KEP_AUDIO_HP, mute) && done;
+}
+
+bool kepTVAudio::isUnmuteHeldBack(bool mute, const char* caller, int line) const
+{
+    if (mute)
+        return false;
+    if (mHeadphoneUnmuteTimerID != 0) {
+        KEP_LOG_AS(caller, line, kLogInfo, "INFO_LOG",
+                   "To avoid noise Headphone timer is running, so skip headphone unmute");
+        return true;
+    }
+    if (!mHeadphoneTimerMuteDone) {
+        KEP_LOG_AS(caller, line, kLogInfo, "INFO_LOG",
+                   "Headphone timer has not been make yet, so skip headphone unmute"); // sic
+        return true;
+    }
+    return false;
+}
+
+bool kepTVAudio::setMuteHeadphone(bool mute)
+{
+    KEP_INFO("INFO_LOG", "Called setMuteHeadphone muteStatus %d", mute);
+    mHeadphoneMuteStatus = mute;
+    KEP_INFO("INFO_LOG", "Called setMuteHeadphone mHeadphoneMuteStatus %d", mute);
+    return isUnmuteHeldBack(mute) || executeMuteHeadphone(mute);
+}
+
+bool kepTVAudio::setHeadphoneDetectionMute(bool mute)
+{
+    KEP_INFO("INFO_LOG", "Called setHeadphoneDetectionMute muteStatus %d", mute);
+    mHeadphoneDetectionMute = mute;
+    if (isUnmuteHeldBack(mute))
+        return true;
+    executeMuteExtSpeaker(mute);
+    return executeMuteHeadphone(mute);
+}
+
+bool kepTVAudio::setHeadphoneDetectionMute(JValue payload)
+{
+    const bool mute = payload["mute"].asBool();
+    KEP_INFO("INFO_LOG", "Setting headphone detection mute to %d", mute);
+    return payload.hasKey("mute") && setHeadphoneDetectionMute(mute);
+}
+
+// --- Muting by power state
+
+bool kepTVAudio::setPowerStateMute(JValue payload)
+{
+    if (!payload.hasKey("soundOutput") || !payload.hasKey("mute"))
+        return true;
+    const std::string name = payload["soundOutput"].asString();
+    const bool mute = payload["mute"].asBool();
+    KEP_INFO("INFO_LOG", "Setting powerState mute to %d on soundOutputType %s", mute, name.c_str());
+    const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(name);
+    mPowerStateHeadphoneMute = mute;
+    switch (output) {
+    case KEP_AUDIO_SPK:
+    case KEP_AUDIO_SPK_SPDIF:
+    case KEP_AUDIO_SPK_OPTICAL_ARC:
+    case KEP_AUDIO_SPK_BLUETOOTH:
+        return setPowerStateTvSpeakerMute(output, mute);
+    case KEP_AUDIO_SPDIF:
+        return setMuteControlElement(
+            getSoundOutputKey() == "external_arc" ? KEP_AUDIO_ARC : KEP_AUDIO_SPDIF, mute);
+    case KEP_AUDIO_HP:
+    case KEP_AUDIO_SPK_HP:
+        return setPowerStateHeadphoneMute(output, mute);
+    case KEP_AUDIO_ARC:
+    case KEP_AUDIO_QN_SOUND_SYNC:
+    case KEP_AUDIO_BT_SOUNDBAR:
+    case KEP_AUDIO_WISA:
+        return setMuteControlElement(output, mute);
+    default:
+        return false;
+    }
+}
+
+bool kepTVAudio::setPowerStateTvSpeakerMute(KEP_AUDIO_SNDOUT_T output, bool mute)
+{
+    KEP_INFO("INFO_LOG", "setPowerStateTvSpeakerMute soundOutResourceId %d", output);
+    bool done = true;
+    for (const KEP_AUDIO_SNDOUT_T member : membersOf(output)) {
+        const bool written = setMuteControlElement(member, mute);
+        if (member == KEP_AUDIO_SPK && written && mOutputVolume != 0)
+            mPtrTVAmplifier->setAmplifierMute(mute);
+        done = written && done;
+    }
+    return done;
+}
+
+bool kepTVAudio::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute)
+{
+    KEP_INFO("INFO_LOG", "setPowerStateHeadphoneMute soundOutResourceId %d", output);
+    if (mIsPrepareResume && !mute) {
+        KEP_INFO("INFO_LOG", "Prepare resume is in progress, so started headphone unmute timer");
+        mPopNoiseSoundOutput = output;
+        mIsPrepareResume = false;
+        if (mHeadphoneUnmuteTimerID == 0)
+            mHeadphoneUnmuteTimerID =
+                g_timeout_add(kUnmuteDelayMs, &_resetHeadphoneUnmuteTimerCallback, this);
+        return true;
+    }
+    if (isUnmuteHeldBack(mute)) {
+        if (output == KEP_AUDIO_SPK_HP)
+            setMuteControlElement(KEP_AUDIO_SPK, mute); // the speaker need not wait
+        return false;
+    }
+    executeMuteExtSpeaker(mute);
+    bool done = executeMuteHeadphone(mute);
+    if (output != KEP_AUDIO_SPK_HP)
+        return done;
+    done = setMuteControlElement(KEP_AUDIO_SPK, mute) && done;
+    if (done && mOutputVolume != 0)
+        mPtrTVAmplifier->setAmplifierMute(mute);
+    return done;
+}
+
+// --- Timers
+
+int kepTVAudio::_resetHeadphoneUnmuteTimerCallback(void* backend)
+{
+    KEP_INFO("INFO_LOG", "In _resetHeadphoneUnmuteTimerCallback");
+    const unsigned int timer = mHeadphoneUnmuteTimerID;
+    if (timer == 0)
+        return G_SOURCE_REMOVE;
+    KEP_INFO("INFO_LOG", "Headphone Unmute Timer will be removed while timeout");
+    g_source_remove(timer);
+    mHeadphoneUnmuteTimerID = 0;
+    mHeadphoneTimerMuteDone = true;
+    auto* audio = static_cast<kepTVAudio*>(backend);
+    if (audio != nullptr)
+        audio->setPowerStateHeadphoneMute(audio->getPopNoiseSoundOutput(), /*mute=*/false);
+    return G_SOURCE_REMOVE;
+}
+
+int kepTVAudio::_headphoneUnmuteAcOnCallback(void* backend)
+{
+    KEP_INFO("INFO_LOG", "In _headphoneUnmuteAcOnCallback");
+    const unsigned int timer = mHeadphoneUnmuteTimerID;
+    if (timer == 0)
+        return G_SOURCE_REMOVE;
+    KEP_INFO("INFO_LOG", "Headphone Unmute Timer will be removed during AC On");
+    g_source_remove(timer);
+    mHeadphoneUnmuteTimerID = 0;
+    mHeadphoneTimerMuteDone = true;
+    auto* audio = static_cast<kepTVAudio*>(backend);
+    if (audio != nullptr &&
+        (audio->mCurrentSoundout == KEP_AUDIO_HP || audio->mCurrentSoundout == KEP_AUDIO_SPK_HP))
+        audio->setMuteHeadphone(/*mute=*/false);
+    return G_SOURCE_REMOVE;
+}
+
+// --- Sound bar, light and model
+
+bool kepTVAudio::setQNSoundbarState(JValue payload)
+{
+    KEP_DEBUG("Set Qn Sound Bar status based on power state %s", payload.stringify().c_str());
+    std::string state;
+    if (!payload["powerState"].asString(state)) {
+        KEP_ERROR("INVALID_PARAMETER", "powerState key is not available");
+        return false;
+    }
+    if (state == "on" || state == "off")
+        return setPowerOnOffQNSoundSync(state);
+    if (state == "opticLightOn" || state == "opticLightOff")
+        return setOpticLightOnOff(state);
+    KEP_ERROR("INVALID_PARAMETER", "Invalid power status: %s", state.c_str());
+    return false;
+}
+
+bool kepTVAudio::setPowerOnOffQNSoundSync(std::string state)
+{
+    KEP_INFO("INFO_LOG", "setPowerOnOffQNSoundSync, power state is %s", state.c_str());
+    if (mCurrentSoundout != KEP_AUDIO_QN_SOUND_SYNC) {
+        KEP_INFO("INFO_LOG", "SOUNDOUT_OPTICQN_POWER ON/OFF is not set, since QNSoundSync is not "
+                             "current soundout");
+        return false;
+    }
+    const bool done =
+        writeOrLog(kSndoutOpticQn,
+                   {kOpticQnKey, mOutputVolume, mOutputMuteStatus ? 1 : 0, state == "on" ? 1 : 0},
+                   " for QN SOUND SYNC");
+    if (done)
+        KEP_INFO("INFO_LOG", "Set SOUNDOUT_OPTICQN_POWER ON/OFF is success");
+    if (state == "off")
+        g_usleep(kSoundSyncOffPauseUs); // the sound bar has to see it before the light goes
+    return done;
+}
+
+bool kepTVAudio::setOpticLightOnOff(std::string state)
+{
+    KEP_INFO("INFO_LOG", "setOpticLightOnOff, power state is %s", state.c_str());
+    switch (mCurrentSoundout) {
+    case KEP_AUDIO_SPK_OPTICAL_ARC:
+    case KEP_AUDIO_SPK_SPDIF:
+    case KEP_AUDIO_SPDIF:
+    case KEP_AUDIO_QN_SOUND_SYNC:
+        break;
+    default:
+        KEP_INFO("INFO_LOG", "SPDIF_LIGHT ON/OFF is not set, since not supported soundout");
+        return true;
+    }
+    if (!writeOrLog(kSndoutOpticLight, {state == "opticLightOn" ? 1 : 0}))
+        return false;
+    KEP_INFO("INFO_LOG", "Set SPDIF_LIGHT ON/OFF is success");
+    return true;
+}
+
+void kepTVAudio::setSupportBnoModel(bool supported)
+{
+    mSupportBnoModel = supported;
+    KEP_INFO("INFO_LOG", "Setting support bno model: %d", supported);
+}
+
+bool kepTVAudio::getSupportBnoModel() const
+{
+    KEP_INFO("INFO_LOG", "Getting support bno model: %d", mSupportBnoModel);
+    return mSupportBnoModel;
+}

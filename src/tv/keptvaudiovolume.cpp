@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: Apache-2.0
+// Volume and mute: which mechanism carries the request is a matter of the output.
+// What was asked for is kept even when it could not be carried out: other rooms apply it again
+// later.
+#include "keplog.h"
+#include "keptvaudio.h"
+#include "subcpu.h"
+
+namespace
+{
+
+enum class Mechanism {
+    Nothing,     // succeeds
+    Unsupported, // succeeds, and says so
+    Speaker,     // sound engine and amplifier
+    Headphone,
+    SoundSync,
+};
+
+struct MechanismRow {
+    KEP_AUDIO_SNDOUT_T output;
+    Mechanism volume;
+    Mechanism mute;
+};
+
+// clang-format off
+constexpr MechanismRow kMechanisms[] = {
+    // output                    volume                   mute
+    {KEP_AUDIO_SPK,             Mechanism::Speaker,      Mechanism::Speaker},
+    {KEP_AUDIO_SPK_SPDIF,       Mechanism::Speaker,      Mechanism::Speaker},
+    {KEP_AUDIO_SPK_HP,          Mechanism::Speaker,      Mechanism::Speaker},
+    {KEP_AUDIO_SPK_OPTICAL_ARC, Mechanism::Speaker,      Mechanism::Speaker},
+    {KEP_AUDIO_SPK_BLUETOOTH,   Mechanism::Speaker,      Mechanism::Speaker},
+    {KEP_AUDIO_HP,              Mechanism::Headphone,    Mechanism::Headphone},
+    {KEP_AUDIO_QN_SOUND_SYNC,   Mechanism::SoundSync,    Mechanism::SoundSync},
+    {KEP_AUDIO_ARC,             Mechanism::Unsupported,  Mechanism::Unsupported},
+    {KEP_AUDIO_BT_SOUNDBAR,     Mechanism::Unsupported,  Mechanism::Unsupported},
+    {KEP_AUDIO_WISA,            Mechanism::Unsupported,  Mechanism::Unsupported},
+    {KEP_AUDIO_SPDIF,           Mechanism::Nothing,      Mechanism::Unsupported}, // sic
+};
+// clang-format on
+
+const MechanismRow* findMechanisms(KEP_AUDIO_SNDOUT_T output)
+{
+    for (const MechanismRow& row : kMechanisms)
+        if (row.output == output)
+            return &row;
+    return nullptr;
+}
+
+unsigned int resultOf(bool done)
+{
+    return done ? KEP_RESULT_OK : KEP_RESULT_FAILED;
+}
+
+} // namespace
+
+unsigned int kepTVAudio::setOutputVolume(std::string soundOutput, std::uint8_t volume)
+{
+    KEP_INFO("INFO_LOG", "Request to set volume %d on output %s", volume, soundOutput.c_str());
+    const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(soundOutput);
+    const MechanismRow* row = findMechanisms(output);
+    if (row == nullptr)
+        return KEP_RESULT_OK;
+    bool done = true;
+    switch (row->volume) {
+    case Mechanism::Nothing:
+        break;
+    case Mechanism::Unsupported:
+        KEP_INFO("INFO_LOG", "Volume Operation wont be supported for soundoutput %s", // sic
+                 soundOutput.c_str());
+        break;
+    case Mechanism::Speaker:
+        done = setSpeakerHeadphoneOutputVolume(volume);
+        break;
+    case Mechanism::Headphone:
+        done = mPtrTVGain->setOutputVolume("headphone", volume);
+        break;
+    case Mechanism::SoundSync:
+        KEP_DEBUG("setOutputVolume for QN sound sync - Volume = %d, Mute = %d", volume,
+                  mOutputMuteStatus);
+        done = setQNSoundSyncOutputVolume(volume, mOutputMuteStatus);
+        if (!done)
+            KEP_ERROR("SET_VOLUME_ERROR", "Failed to set volume %d for element: %s on %s", volume,
+                      kSndoutOpticQn.name, soundOutput.c_str());
+        break;
+    }
+    if (output == mCurrentSoundout)
+        mOutputVolume = volume; // only now: the mechanisms look at the volume before
+    return resultOf(done);
+}
+
+unsigned int kepTVAudio::setOutputMute(std::string soundOutput, bool mute)
+{
+    KEP_INFO("INFO_LOG", "Setting mute to %d on soundOutputType %s", mute, soundOutput.c_str());
+    mOutputMuteStatus = mute;
+    const MechanismRow* row = findMechanisms(getSoundOutputResourceId(soundOutput));
+    if (row == nullptr)
+        return KEP_RESULT_UNKNOWN_OUTPUT;
+    switch (row->mute) {
+    case Mechanism::Nothing:
+        break;
+    case Mechanism::Unsupported:
+        KEP_INFO("INFO_LOG", "Mute Operation wont be supported for soundoutput %s", // sic
+                 soundOutput.c_str());
+        break;
+    case Mechanism::Speaker:
+        return setSpeakerOutputMute(mute);
+    case Mechanism::Headphone:
+        return resultOf(setMuteHeadphone(mute));
+    case Mechanism::SoundSync:
+        if (!setQNSoundSyncOutputVolume(mOutputVolume, mute)) {
+            KEP_ERROR("AUDIO_DRIVER_ERROR",
+                      "Failed to set soundoutput mute for element: %s on QN sound sync",
+                      kSndoutOpticQn.name);
+            return KEP_RESULT_FAILED;
+        }
+        break;
+    }
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepTVAudio::setMute(std::string source, std::string sink, bool mute)
+{
+    KEP_INFO("INFO_LOG", "Request to set mute status of source %s and sink %s as %d",
+             source.c_str(), sink.c_str(), mute);
+    const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
+    if (!isValidResource(resource))
+        return KEP_RESULT_INVALID_RESOURCE;
+    if (!write(kMuteInput, {indexOf(resource), portOf(resource), mute ? 1 : 0})) {
+        KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
+                  "Did not able to set the element: %s for source %s and sink %s with status %d",
+                  kMuteInput.name, source.c_str(), sink.c_str(), mute); // sic
+        return KEP_RESULT_FAILED;
+    }
+    return KEP_RESULT_OK;
+}
+
+unsigned int kepTVAudio::setInputVolume(std::string source, std::string sink, std::uint8_t volume)
+{
+    KEP_INFO("INFO_LOG", "Request to set input volume %d on source %s and sink %s", volume,
+             source.c_str(), sink.c_str());
+    if (getResourceId(source, sink) == KEP_AUDIO_RESOURCE_INVALID)
+        return KEP_RESULT_FAILED; // sic: setMute answers an invalid resource
+    return resultOf(mPtrTVGain->setInputVolume(source, sink, volume));
+}
+
+unsigned int kepTVAudio::setMuteExtSPK(bool mute)
+{
+    KEP_INFO("INFO_LOG", "Setting mute to %d on External Speaker", mute);
+    return resultOf(executeMuteExtSpeaker(mute));
+}
+
+bool kepTVAudio::setSpeakerHeadphoneOutputVolume(std::uint8_t volume)
+{
+    if (!mPtrTVSoundEngine->setSoundOutputVolume(volume)) {
+        KEP_ERROR("SE_MIDDLEWARE_ERROR", "Failed to set speaker volume as %d", volume);
+        return false;
+    }
+    if (volume == 0)
+        mPtrTVAmplifier->setAmplifierMute(true);
+    else if (mOutputVolume == 0)
+        mPtrTVAmplifier->setAmplifierMute(false);
+    return true;
+}
+
+bool kepTVAudio::setQNSoundSyncOutputVolume(std::uint8_t volume, bool mute)
+{
+    KEP_DEBUG("Request to set volume %d and muteStatus %d", volume, mute);
+    return write(kSndoutOpticQn, {kOpticQnKey, volume, mute ? 1 : 0, 1});
+}
+
+unsigned int kepTVAudio::setSpeakerOutputMute(const bool& mute)
+{
+    if (!writeOrLog(kMuteOutput, {typeOf(KEP_AUDIO_SPK), mute ? 1 : 0}, " on tv speaker"))
+        return KEP_RESULT_FAILED;
+    if (mOutputVolume != 0) // at volume 0 the amplifier is muted anyway
+        mPtrTVAmplifier->setAmplifierMute(mute);
+    return KEP_RESULT_OK;
+}
+
+bool kepTVAudio::executeMuteExtSpeaker(const bool& mute)
+{
+    KEP_INFO("INFO_LOG", "executeMuteExtSpeaker is called / muteStatus = %d", mute);
+    if (subcpu_misc_Set_HPMuteOnOff(mute) != 0) { // sic: one line for both
+        KEP_ERROR("SUBCPU_ERROR", "Failed to set external speaker mute status %d", mute);
+        return false;
+    }
+    return true;
+}
+
+bool kepTVAudio::checkForResetValue(JValue value) const
+{
+    KEP_DEBUG("checking for reset value");
+    return value["reset"].asBool();
+}
