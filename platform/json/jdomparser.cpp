@@ -48,6 +48,8 @@ std::string systemReason(int error)
 /// Reads a regular file whole; returns why it could not, "" on success.
 std::string readRegularFile(const std::string& path, std::string& text)
 {
+    if (path.find('\0') != std::string::npos)
+        return systemReason(ENOENT); // the system would see only what stands before it
     struct stat status = {};
     // Looked at before it is opened: opening a FIFO would wait for a writer, opening a device can
     // act.

@@ -210,7 +210,9 @@ bool JValue::asNumber(std::int64_t& number) const noexcept
 
 bool JValue::asNumber(double& number) const noexcept
 {
-    number = isNumber() ? json_object_get_double(mNode) : 0.0;
+    using Limits = std::numeric_limits<double>;
+    const double exact = isNumber() ? json_object_get_double(mNode) : 0.0;
+    number = std::clamp(exact, Limits::lowest(), Limits::max()); // a text such as 1e400 is infinite
     return isNumber();
 }
 

@@ -34,6 +34,7 @@ struct Log {
     std::mutex guard;
     std::map<std::string, std::unique_ptr<LogContext>> contexts;
     std::shared_ptr<const LogSink> sink;
+    std::mutex writing; // GLib formats the time in a buffer that all threads share
 };
 
 Log& theLog()
@@ -80,9 +81,10 @@ void writeToSystem(const LogMessage& message)
         g_log_writer_journald(row.glib, fields.data(), fields.size(), nullptr);
         return;
     }
+    const std::lock_guard lock{theLog().writing};
     const std::unique_ptr<char, decltype(&g_free)> line{
         g_log_writer_format_fields(row.glib, fields.data(), fields.size(), FALSE), g_free};
-    fprintf(stderr, "%s\n", line.get());
+    fprintf(stderr, "%s%s%s\n", line.get(), *message.id != '\0' ? "  " : "", message.id);
 }
 
 void deliver(const LogMessage& message)

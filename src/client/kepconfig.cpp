@@ -6,7 +6,6 @@
 
 #include "jdomparser.h"
 #include "kepconfigpath.h"
-#include "keplog.h"
 
 namespace
 {
@@ -38,13 +37,14 @@ bool kepConfig::loadKEPConfig()
     return true;
 }
 
-JValue kepConfig::find(const std::string& key, const char* caller, int line) const
+JValue kepConfig::find(const std::string& key, const kepLogOrigin& origin) const
 {
     const JValue section = mRoot[kSocType];
-    KEP_DEBUG_AS(caller, line, "Need value for soc type: %s & key type: %s", kSocType, key.c_str());
+    KEP_LOG_AS(origin, kLogDebug, "", "Need value for soc type: %s & key type: %s", kSocType,
+               key.c_str());
     JValue value = section[key];
     if (!value.isValid())
-        KEP_DEBUG_AS(caller, line, "Did not find key type in kep config %s", key.c_str());
+        KEP_LOG_AS(origin, kLogDebug, "", "Did not find key type in kep config %s", key.c_str());
     return value;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jvalue.h"
+#include "keplog.h"
 
 /// The section of the library's SoC type in kep-config.json.
 class kepConfig
@@ -23,9 +24,9 @@ public:
 private:
     kepConfig() = default;
 
-    /// The value under the key; invalid, with a debug line, when it is missing. Logs as `caller`.
-    JValue find(const std::string& key, const char* caller = __builtin_FUNCTION(),
-                int line = __builtin_LINE()) const;
+    /// The value under the key; invalid, with a debug line, when it is missing. Logs for its
+    /// caller.
+    JValue find(const std::string& key, const kepLogOrigin& origin = kepLogOrigin::here()) const;
 
     JValue mRoot;
 };

@@ -9,7 +9,8 @@
 
 std::atomic<LogContext*> kepLogContext{nullptr};
 
-void kepLogEmit(int level, const char* id, const char* format, ...) noexcept
+void kepLogEmit(const kepLogOrigin& origin, int level, const char* id, const char* format,
+                ...) noexcept
 {
     va_list arguments;
     va_start(arguments, format);
@@ -17,6 +18,7 @@ void kepLogEmit(int level, const char* id, const char* format, ...) noexcept
                                                         g_free};
     va_end(arguments);
     if (text)
-        LogMsgKV(kepLogContext.load(std::memory_order_relaxed), level, id, nullptr, 0, "%s",
-                 text.get());
+        LogMsgKV(kepLogContext.load(std::memory_order_relaxed), level, id, nullptr, 0,
+                 "%.*s:%s(%d) %s", static_cast<int>(origin.stem.size()), origin.stem.data(),
+                 origin.function, origin.line, text.get());
 }

@@ -149,11 +149,10 @@ std::string kepTVGain::getGainAsInput(std::string gainType, std::string soundOut
     return gain;
 }
 
-void kepTVGain::setAudioDescriptionVolume(int volume, const char* caller, int line)
+void kepTVGain::setAudioDescriptionVolume(int volume, const kepLogOrigin& origin)
 {
     if (mPtrGainInstance->setAudioDescriptionVolume(volume) != 0)
-        KEP_LOG_AS(caller, line, kLogError, kErrorId, "Failed to set audioDescriptionVolume %d",
-                   volume);
+        KEP_LOG_AS(origin, kLogError, kErrorId, "Failed to set audioDescriptionVolume %d", volume);
 }
 
 void kepTVGain::setGainSettings(JValue settings)

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jvalue.h"
+#include "keplog.h"
 
 namespace mwl_gain
 {
@@ -61,8 +62,7 @@ public:
 private:
     kepTVGain() = default;
 
-    void setAudioDescriptionVolume(int volume, const char* caller = __builtin_FUNCTION(),
-                                   int line = __builtin_LINE());
+    void setAudioDescriptionVolume(int volume, const kepLogOrigin& origin = kepLogOrigin::here());
 
     mwl_gain::MWLGain* mPtrGainInstance = nullptr; // set once, read by the worker, too
 };

@@ -91,12 +91,13 @@ void apply(MwlSeInterface& engine, const KeyedHandler& handler, const JValue& pa
     const JValue given = payload[handler.key];
     const int status =
         std::visit([&](const auto& value) { return call(engine, value, given); }, handler.value);
+    const kepLogOrigin origin = kepLogOrigin::here().as(handler.name);
     if (status != 0)
-        KEP_LOG_AS(handler.name, __LINE__, kLogError, kErrorId, "Failed to set %s%s",
-                   handler.subject, suffix(handler, given).c_str());
+        KEP_LOG_AS(origin, kLogError, kErrorId, "Failed to set %s%s", handler.subject,
+                   suffix(handler, given).c_str());
     else
-        KEP_DEBUG_AS(handler.name, __LINE__, "set %s successfully%s", handler.subject,
-                     suffix(handler, given).c_str());
+        KEP_LOG_AS(origin, kLogDebug, "", "set %s successfully%s", handler.subject,
+                   suffix(handler, given).c_str());
 }
 
 } // namespace
@@ -223,17 +224,17 @@ void kepTVSoundEngine::setSoundEngineStatus(JValue payload)
 }
 
 void kepTVSoundEngine::applyStatus(const JValue& payload, const char* key, StatusSetter set,
-                                   const char* caller, int line)
+                                   const kepLogOrigin& origin)
 {
     if (!payload.isObject()) {
-        KEP_LOG_AS(caller, line, kLogError, "INVALID_PARAMETER", "Invalid object");
+        KEP_LOG_AS(origin, kLogError, "INVALID_PARAMETER", "Invalid object");
         return;
     }
     if (!payload.hasKey(key))
         return;
     const std::string status = payload[key].asString();
     if ((this->*set)(status))
-        KEP_DEBUG_AS(caller, line,
-                     "set equalizerStatus for soundengine middleware successfully as %s", // sic
-                     status.c_str());
+        KEP_LOG_AS(origin, kLogDebug, "",
+                   "set equalizerStatus for soundengine middleware successfully as %s", // sic
+                   status.c_str());
 }

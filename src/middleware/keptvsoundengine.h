@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jvalue.h"
+#include "keplog.h"
 
 namespace mwl_se
 {
@@ -57,7 +58,7 @@ private:
     void setEqualizerStatus(JValue payload);
     void setSoundEngineStatus(JValue payload);
     void applyStatus(const JValue& payload, const char* key, StatusSetter set,
-                     const char* caller = __builtin_FUNCTION(), int line = __builtin_LINE());
+                     const kepLogOrigin& origin = kepLogOrigin::here());
 
     // Set once; the start-up worker reads it, too.
     mwl_se::MwlSeInterface* mPtrSoundEngineInstance = nullptr;

@@ -15,6 +15,7 @@
 #include "kepaudio.h"
 #include "kepaudiotypes.h"
 #include "kepexport.h"
+#include "keplog.h"
 #include "keptvamplifier.h"
 #include "keptvdelay.h"
 #include "keptvgain.h"
@@ -324,15 +325,15 @@ protected:
     template <std::size_t Count>
     static bool writeOrLog(const ControlElement<Count>& element,
                            const std::int32_t (&values)[Count], const char* suffix = "",
-                           const char* caller = __builtin_FUNCTION(), int line = __builtin_LINE())
+                           const kepLogOrigin& origin = kepLogOrigin::here())
     {
         if (write(element, values))
             return true;
-        logWriteFailure(element.name, suffix, caller, line);
+        logWriteFailure(element.name, suffix, origin);
         return false;
     }
-    static void logWriteFailure(const char* element, const char* suffix, const char* caller,
-                                int line);
+    static void logWriteFailure(const char* element, const char* suffix,
+                                const kepLogOrigin& origin);
 
     // --- Life cycle
     void bindAdapters(kepTvParser* parser);
@@ -358,19 +359,17 @@ protected:
         kOutputPairs[8]; // a single output and the two operations that switch it
 
     bool moveTo(KEP_AUDIO_SNDOUT_T output);
-    bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix, const char* caller,
-                 int line);
+    bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix,
+                 const kepLogOrigin& origin);
     bool runSteps(std::initializer_list<OutputStep> steps, KEP_AUDIO_SNDOUT_T output,
-                  const char* suffix = "", const char* caller = __builtin_FUNCTION(),
-                  int line = __builtin_LINE());
+                  const char* suffix = "", const kepLogOrigin& origin = kepLogOrigin::here());
 
     // --- Volume and mute
     std::uint8_t mOutputVolume = 0; // last one requested for the output that was current
     bool mOutputMuteStatus = false; // last one requested, for whatever output
 
     // --- Headphone. The reasons to mute and the timer are also used by the start-up worker.
-    bool isUnmuteHeldBack(bool mute, const char* caller = __builtin_FUNCTION(),
-                          int line = __builtin_LINE()) const;
+    bool isUnmuteHeldBack(bool mute, const kepLogOrigin& origin = kepLogOrigin::here()) const;
 
     std::atomic<bool> mHeadphoneMuteStatus{false};     // asked for by the caller
     std::atomic<bool> mHeadphoneDetectionMute{false};  // asked for by headphone detection
@@ -413,8 +412,7 @@ protected:
     // --- Pipelines and settings
     static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
     void useAsCurrentPipeline(const AudioVideoInfo& pipeline,
-                              const char* caller = __builtin_FUNCTION(),
-                              int line = __builtin_LINE());
+                              const kepLogOrigin& origin = kepLogOrigin::here());
 
     std::vector<AudioVideoInfo> AudioVideoInfoMapVector;
     std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category

@@ -86,9 +86,9 @@ bool kepTVAudio::setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute)
     return true;
 }
 
-void kepTVAudio::logWriteFailure(const char* element, const char* suffix, const char* caller,
-                                 int line)
+void kepTVAudio::logWriteFailure(const char* element, const char* suffix,
+                                 const kepLogOrigin& origin)
 {
-    KEP_LOG_AS(caller, line, kLogError, "CONTROL_ELEMENT_SET_ERROR",
+    KEP_LOG_AS(origin, kLogError, "CONTROL_ELEMENT_SET_ERROR",
                "Did not able to set the element: %s%s", element, suffix); // sic
 }

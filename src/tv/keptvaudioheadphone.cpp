@@ -62,17 +62,17 @@ bool kepTVAudio::executeMuteHeadphone(bool mute)
     return setMuteControlElement(KEP_AUDIO_HP, mute) && done;
 }
 
-bool kepTVAudio::isUnmuteHeldBack(bool mute, const char* caller, int line) const
+bool kepTVAudio::isUnmuteHeldBack(bool mute, const kepLogOrigin& origin) const
 {
     if (mute)
         return false;
     if (mHeadphoneUnmuteTimerID != 0) {
-        KEP_LOG_AS(caller, line, kLogInfo, "INFO_LOG",
+        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
                    "To avoid noise Headphone timer is running, so skip headphone unmute");
         return true;
     }
     if (!mHeadphoneTimerMuteDone) {
-        KEP_LOG_AS(caller, line, kLogInfo, "INFO_LOG",
+        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
                    "Headphone timer has not been make yet, so skip headphone unmute"); // sic
         return true;
     }

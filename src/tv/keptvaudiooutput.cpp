@@ -231,39 +231,38 @@ bool kepTVAudio::disconnectOutput(KEP_AUDIO_SNDOUT_T output)
 }
 
 bool kepTVAudio::runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix,
-                         const char* caller, int line)
+                         const kepLogOrigin& origin)
 {
     const std::int32_t type = typeOf(output);
     switch (step) {
     case Open:
-        return writeOrLog(kSndoutOpen, {type}, suffix, caller, line);
+        return writeOrLog(kSndoutOpen, {type}, suffix, origin);
     case Close:
-        return writeOrLog(kSndoutClose, {type}, suffix, caller, line);
+        return writeOrLog(kSndoutClose, {type}, suffix, origin);
     case Connect:
     case Disconnect:
         return mConnectedResources.empty() || connectDisconnectResources(type, step == Connect);
     case UnmuteUnlessMuted:
-        return mOutputMuteStatus || runStep(Unmute, output, suffix, caller, line);
+        return mOutputMuteStatus || runStep(Unmute, output, suffix, origin);
     case Mute:
     case Unmute:
-        return writeOrLog(kMuteOutput, {type, step == Mute ? 1 : 0}, suffix, caller, line);
+        return writeOrLog(kMuteOutput, {type, step == Mute ? 1 : 0}, suffix, origin);
     case LightOn:
     case LightOff:
-        return writeOrLog(kSndoutOpticLight, {step == LightOn ? 1 : 0}, suffix, caller, line);
+        return writeOrLog(kSndoutOpticLight, {step == LightOn ? 1 : 0}, suffix, origin);
     case SoundSync:
         return output != KEP_AUDIO_QN_SOUND_SYNC ||
                writeOrLog(kSndoutOpticQn, {1, mOutputVolume, mOutputMuteStatus ? 1 : 0, 1},
-                          kSoundSyncSuffix, caller, line);
+                          kSoundSyncSuffix, origin);
     }
     return false;
 }
 
 bool kepTVAudio::runSteps(std::initializer_list<OutputStep> steps, KEP_AUDIO_SNDOUT_T output,
-                          const char* suffix, const char* caller, int line)
+                          const char* suffix, const kepLogOrigin& origin)
 {
-    return std::all_of(steps.begin(), steps.end(), [&](OutputStep step) {
-        return runStep(step, output, suffix, caller, line);
-    });
+    return std::all_of(steps.begin(), steps.end(),
+                       [&](OutputStep step) { return runStep(step, output, suffix, origin); });
 }
 
 bool kepTVAudio::connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)

@@ -32,11 +32,10 @@ AudioVideoInfo fieldsOf(const JValue& report)
 
 } // namespace
 
-void kepTVAudio::useAsCurrentPipeline(const AudioVideoInfo& pipeline, const char* caller, int line)
+void kepTVAudio::useAsCurrentPipeline(const AudioVideoInfo& pipeline, const kepLogOrigin& origin)
 {
     if (!getActiveState()) {
-        KEP_LOG_AS(caller, line, kLogInfo, "INFO_LOG",
-                   "not update in map because activestate is false");
+        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "not update in map because activestate is false");
         return;
     }
     mPtrParserInstance->withMap(mPtrParserInstance->mAvParamsMap,
