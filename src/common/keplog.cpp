@@ -17,8 +17,9 @@ void kepLogEmit(const kepLogOrigin& origin, int level, const char* id, const cha
     const std::unique_ptr<char, decltype(&g_free)> text{g_strdup_vprintf(format, arguments),
                                                         g_free};
     va_end(arguments);
+    const std::string_view stem = kepLogStem(origin.file);
     if (text)
         LogMsgKV(kepLogContext.load(std::memory_order_relaxed), level, id, nullptr, 0,
-                 "%.*s:%s(%d) %s", static_cast<int>(origin.stem.size()), origin.stem.data(),
-                 origin.function, origin.line, text.get());
+                 "%.*s:%s(%d) %s", static_cast<int>(stem.size()), stem.data(), origin.function,
+                 origin.line, text.get());
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <string_view>
 
 #include "platformlog.h"
@@ -16,29 +17,39 @@ inline bool kepLogAdmits(int level) noexcept
     return level <= LogGetLevel(kepLogContext.load(std::memory_order_relaxed));
 }
 
-/// A source file's name without folders and extension, found at compile time.
-consteval std::string_view kepLogStem(std::string_view path)
+/// A source file's name without folders and extension.
+constexpr std::string_view kepLogStem(std::string_view path)
 {
     path.remove_prefix(path.rfind('/') + 1);
     return path.substr(0, path.rfind('.'));
 }
 
-/// Where a message says that it comes from. A function that logs for its caller takes it as its
-/// last argument, `const kepLogOrigin& origin = kepLogOrigin::here()`.
+/// Where a message says that it comes from.
 struct kepLogOrigin {
-    std::string_view stem;
+    std::string_view file; // its stem, or the whole path
     const char* function;
     int line;
 
-    static consteval kepLogOrigin here(const char* file = __builtin_FILE(),
-                                       const char* function = __builtin_FUNCTION(),
-                                       int line = __builtin_LINE())
+    // No aggregate: GCC 12 would evaluate the builtins of KEP_CALLER where it is written.
+    constexpr kepLogOrigin(std::string_view itsFile, const char* itsFunction, int itsLine)
+        : file(itsFile), function(itsFunction), line(itsLine)
     {
-        return {kepLogStem(file), function, line};
     }
     /// The same place under the name of another function.
-    [[nodiscard]] constexpr kepLogOrigin as(const char* name) const { return {stem, name, line}; }
+    [[nodiscard]] constexpr kepLogOrigin as(const char* name) const { return {file, name, line}; }
 };
+
+/// The stem of a path, found at compile time.
+template <std::size_t Size>
+consteval std::string_view kepLogStemOf(const char (&path)[Size])
+{
+    return kepLogStem({path, Size - 1});
+}
+
+#define KEP_HERE (kepLogOrigin{kepLogStemOf(__FILE__), __func__, __LINE__})
+/// The default argument `const kepLogOrigin& origin = KEP_CALLER` of a function that logs for its
+/// caller.
+#define KEP_CALLER (kepLogOrigin{__builtin_FILE(), __builtin_FUNCTION(), __builtin_LINE()})
 
 /// Formats the text, behind the prefix "file:function(line) ", and hands it to the platform.
 [[gnu::format(printf, 4, 5)]] void kepLogEmit(const kepLogOrigin& origin, int level, const char* id,
@@ -51,7 +62,7 @@ struct kepLogOrigin {
             kepLogEmit(origin, level, id, format __VA_OPT__(, ) __VA_ARGS__);                      \
     } while (false)
 #define KEP_LOG(level, id, format, ...)                                                            \
-    KEP_LOG_AS(kepLogOrigin::here(), level, id, format __VA_OPT__(, ) __VA_ARGS__)
+    KEP_LOG_AS(KEP_HERE, level, id, format __VA_OPT__(, ) __VA_ARGS__)
 
 #define KEP_ERROR(id, format, ...) KEP_LOG(kLogError, id, format __VA_OPT__(, ) __VA_ARGS__)
 #define KEP_INFO(id, format, ...) KEP_LOG(kLogInfo, id, format __VA_OPT__(, ) __VA_ARGS__)

@@ -10,7 +10,7 @@
 /// Whether a middleware call answered success (0); any other status is logged as an error with that
 /// id. A macro as the other log macros are: the text is made only when it is needed, and checked.
 #define KEP_SUCCEEDED(status, id, format, ...)                                                     \
-    ((status) == 0 || (kepLogAdmits(kLogError) ? kepLogEmit(kepLogOrigin::here(), kLogError, id,   \
+    ((status) == 0 || (kepLogAdmits(kLogError) ? kepLogEmit(KEP_HERE, kLogError, id,               \
                                                             format __VA_OPT__(, ) __VA_ARGS__)     \
                                                : void(),                                           \
                        false))

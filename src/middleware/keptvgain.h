@@ -62,7 +62,7 @@ public:
 private:
     kepTVGain() = default;
 
-    void setAudioDescriptionVolume(int volume, const kepLogOrigin& origin = kepLogOrigin::here());
+    void setAudioDescriptionVolume(int volume, const kepLogOrigin& origin = KEP_CALLER);
 
     mwl_gain::MWLGain* mPtrGainInstance = nullptr; // set once, read by the worker, too
 };

@@ -91,7 +91,7 @@ void apply(MwlSeInterface& engine, const KeyedHandler& handler, const JValue& pa
     const JValue given = payload[handler.key];
     const int status =
         std::visit([&](const auto& value) { return call(engine, value, given); }, handler.value);
-    const kepLogOrigin origin = kepLogOrigin::here().as(handler.name);
+    const kepLogOrigin origin = KEP_HERE.as(handler.name);
     if (status != 0)
         KEP_LOG_AS(origin, kLogError, kErrorId, "Failed to set %s%s", handler.subject,
                    suffix(handler, given).c_str());

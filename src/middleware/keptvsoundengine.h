@@ -58,7 +58,7 @@ private:
     void setEqualizerStatus(JValue payload);
     void setSoundEngineStatus(JValue payload);
     void applyStatus(const JValue& payload, const char* key, StatusSetter set,
-                     const kepLogOrigin& origin = kepLogOrigin::here());
+                     const kepLogOrigin& origin = KEP_CALLER);
 
     // Set once; the start-up worker reads it, too.
     mwl_se::MwlSeInterface* mPtrSoundEngineInstance = nullptr;

@@ -325,7 +325,7 @@ protected:
     template <std::size_t Count>
     static bool writeOrLog(const ControlElement<Count>& element,
                            const std::int32_t (&values)[Count], const char* suffix = "",
-                           const kepLogOrigin& origin = kepLogOrigin::here())
+                           const kepLogOrigin& origin = KEP_CALLER)
     {
         if (write(element, values))
             return true;
@@ -362,14 +362,14 @@ protected:
     bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix,
                  const kepLogOrigin& origin);
     bool runSteps(std::initializer_list<OutputStep> steps, KEP_AUDIO_SNDOUT_T output,
-                  const char* suffix = "", const kepLogOrigin& origin = kepLogOrigin::here());
+                  const char* suffix = "", const kepLogOrigin& origin = KEP_CALLER);
 
     // --- Volume and mute
     std::uint8_t mOutputVolume = 0; // last one requested for the output that was current
     bool mOutputMuteStatus = false; // last one requested, for whatever output
 
     // --- Headphone. The reasons to mute and the timer are also used by the start-up worker.
-    bool isUnmuteHeldBack(bool mute, const kepLogOrigin& origin = kepLogOrigin::here()) const;
+    bool isUnmuteHeldBack(bool mute, const kepLogOrigin& origin = KEP_CALLER) const;
 
     std::atomic<bool> mHeadphoneMuteStatus{false};     // asked for by the caller
     std::atomic<bool> mHeadphoneDetectionMute{false};  // asked for by headphone detection
@@ -412,7 +412,7 @@ protected:
     // --- Pipelines and settings
     static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
     void useAsCurrentPipeline(const AudioVideoInfo& pipeline,
-                              const kepLogOrigin& origin = kepLogOrigin::here());
+                              const kepLogOrigin& origin = KEP_CALLER);
 
     std::vector<AudioVideoInfo> AudioVideoInfoMapVector;
     std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category
