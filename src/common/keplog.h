@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 #include "platformlog.h"
@@ -54,6 +55,11 @@ consteval std::string_view kepLogStemOf(const char (&path)[Size])
 /// Formats the text, behind the prefix "file:function(line) ", and hands it to the platform.
 [[gnu::format(printf, 4, 5)]] void kepLogEmit(const kepLogOrigin& origin, int level, const char* id,
                                               const char* format, ...) noexcept;
+
+/// The same with key-value pairs and without the prefix.
+[[gnu::format(printf, 4, 5)]] void kepLogEmitPairs(int level, const char* id,
+                                                   std::span<const LogPair> pairs,
+                                                   const char* format, ...) noexcept;
 
 // The level is tested first: neither text nor arguments are made unless it is admitted.
 #define KEP_LOG_AS(origin, level, id, format, ...)                                                 \

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The television backend: its registration, its life and its active state.
+// The television backend: its registration, its life and its active state, and the entry points of
+// quality attributes and settings. A settings category is one row of a table.
 #include "keptvaudio.h"
+
+#include <algorithm>
+#include <iterator>
+#include <variant>
 
 #include "kepfactory.h"
 #include "keplog.h"
@@ -90,21 +95,154 @@ bool kepTVAudio::getActiveState() const
     return mActiveState;
 }
 
-// TODO: these answer failure until settings and quality attributes are here.
+// --- Quality attributes
 
-unsigned int kepTVAudio::setQualityAttribute(JValue)
+unsigned int kepTVAudio::setQualityAttribute(JValue attribute)
 {
+    KEP_INFO("INFO_LOG", "payload received is %s", attribute.stringify().c_str());
+    if (!attribute.isObject()) {
+        KEP_INFO("INFO_LOG", "setQualityAttribute API call :attributesObject is not an Object");
+        return KEP_RESULT_FAILED;
+    }
+    const JValue pipelineInfo = attribute["pipelineInfo"];
+    if (checkForResetValue(pipelineInfo)) {
+        if (AudioVideoInfoMapVector.empty()) {
+            KEP_INFO("INFO_LOG", "AudioVideoInfo Map is empty and reset is true");
+            return KEP_RESULT_OK;
+        }
+        if (!resetPipelineInfo(pipelineInfo)) {
+            KEP_ERROR("INVALID_PARAMETER", "resetPipelineInfo:: PipelineID is not present in map");
+            return KEP_RESULT_FAILED;
+        }
+        KEP_DEBUG("setQualityAttribute : resetPipelineInfo is success");
+        return KEP_RESULT_OK;
+    }
+    if (!pipelineInfo.isObject() || !updatePipelineInfo(pipelineInfo))
+        return KEP_RESULT_FAILED;
+    const unsigned int result = setAudioVideoCategoryInfo(attribute);
+    if (result == KEP_RESULT_OK)
+        printAudioVideoInfoTable();
+    return result;
+}
+
+unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
+{
+    if (!payload.hasKey("requestType")) {
+        KEP_ERROR("INVALID_PARAMETER", "Json Value Input doesn't have request Type");
+        return KEP_RESULT_FAILED;
+    }
+    const std::string type = payload["requestType"].asString();
+    KEP_INFO("INFO_LOG", "setAudioVideoCategoryInfo::RequestType = %s ", type.c_str()); // sic
+    if (payload.hasKey("activeState"))
+        setActiveState(payload["activeState"].asBool());
+    if (type == "setAudioInputInfo")
+        return setAudioInputInfo(payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
+    if (type == "setVideoInputInfo")
+        return setVideoInputInfo(payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
+    if (type.empty() && payload["pipelineInfo"].isObject()) {
+        KEP_INFO("INFO_LOG",
+                 "requestType is empty and Calling audio and video info for policy connection");
+        updatePolicyConnectionCategoryInfo(payload);
+        return KEP_RESULT_OK;
+    }
+    KEP_ERROR("INVALID_PARAMETER", "Invalid requestType");
     return KEP_RESULT_FAILED;
 }
 
-unsigned int kepTVAudio::setSettings(std::string, JValue)
+void kepTVAudio::updatePolicyConnectionCategoryInfo(JValue payload)
 {
-    return KEP_RESULT_FAILED;
+    const JValue category = payload["categoryInfo"];
+    const JValue pipelineInfo = payload["pipelineInfo"];
+    if (category.hasKey("immersive")) {
+        const std::string format = category["immersive"].asString();
+        if (!mPtrTVSoundEngine->setImmersiveFormat(format))
+            KEP_ERROR("SE_MIDDLEWARE_ERROR", "Failed to set immersive format as %s",
+                      format.c_str());
+    }
+    if (category.hasKey("codec") && mCurrentSoundout == KEP_AUDIO_ARC)
+        setEarcSoundOutputDigital(getSoundOutputDigitalMode());
+    if (updateAudioCategoryInfo(pipelineInfo, category))
+        KEP_INFO("INFO_LOG", "Updating the category info for audio input successful");
+    if (updateVideoCategoryInfo(pipelineInfo, category))
+        KEP_INFO("INFO_LOG",
+                 "Updating the video category info for audio input successful"); // sic
+    if (mPtrTVGain->registerAudioVideoInfo())
+        KEP_INFO("INFO_LOG", "Successfully called registerAvParams of gain middleware");
+    if (mPtrTVGain->registerAudioVideoInfoForEncoder())
+        KEP_INFO("INFO_LOG", "Successfully called registerAvParams for encoder of gain middleware");
+    if (mPtrTVDelay->registerAudioVideoInfo())
+        KEP_INFO("INFO_LOG", "Successfully called registerAvParams of delay middleware");
+    mPtrTVSoundEngine->registerAudioVideoInfo();
 }
 
-JValue kepTVAudio::getSettings(const std::string&, JValue)
+// --- Settings
+
+struct kepTVAudio::SettingsRow {
+    using GroupHandler = bool (kepTVAudio::*)(std::string category, JValue payload);
+    using Handler = bool (kepTVAudio::*)(JValue payload);
+
+    const char* category;
+    std::variant<GroupHandler, Handler> handler;
+    bool stores; // a payload that was applied is remembered
+};
+
+// clang-format off
+const kepTVAudio::SettingsRow kepTVAudio::kSettingsRows[] = {
+    // category                 handler                                         stores
+    {"modelConfig",             &kepTVAudio::setSoundConfigSettings,            false},
+    {"hardwareConfig",          &kepTVAudio::setSoundConfigSettings,            false},
+    {"contiConfig",             &kepTVAudio::setSoundConfigSettings,            false},
+    {"sound",                   &kepTVAudio::setSoundConfigSettings,            false},
+    {"groupCodeConfig",         &kepTVAudio::setSoundConfigSettings,            false},
+    {"zibConfig",               &kepTVAudio::setSoundConfigSettings,            false},
+    {"soundOutputMode",         &kepTVAudio::setSoundOutputDigitalSettings,     true},
+    {"forceOutput",             &kepTVAudio::setSoundOutputDigitalSettings,     true},
+    {"setMixer",                &kepTVAudio::setSoundOutputDigitalSettings,     true},
+    {"scms",                    &kepTVAudio::setAlsaDriverSettings,             false},
+    {"ottAdecMode",             &kepTVAudio::setAlsaDriverSettings,             false},
+    {"powerState",              &kepTVAudio::setAlsaDriverSettings,             true},
+    {"external_arc",            &kepTVAudio::setAlsaDriverSettings,             true},
+    {"audioEQ",                 &kepTVAudio::setSoundEngineSettings,            true},
+    {"soundEngine",             &kepTVAudio::setSoundEngineSettings,            true},
+    {"magicSpaceSound",         &kepTVAudio::setSoundEngineSettings,            true},
+    {"dolbyAtmos",              &kepTVAudio::setSoundEngineSettings,            true},
+    {"forcedDolbyAtmos",        &kepTVAudio::setSoundEngineSettings,            true},
+    {"amplifier",               &kepTVAudio::setAmplifierSettings,              true},
+    {"prepareResume",           &kepTVAudio::setAmplifierSettings,              true},
+    {"amplifierState",          &kepTVAudio::setAmplifierSettings,              true},
+    {"prepareAmplifierSuspend", &kepTVAudio::setAmplifierSettings,              true},
+    {"writeI2cDataToAmplifier", &kepTVAudio::setAmplifierSettings,              true},
+    {"audioVideoSync",          &kepTVAudio::setDelaySettings,                  true},
+    {"offsetDelay",             &kepTVAudio::setDelaySettings,                  true},
+    {"option",                  &kepTVAudio::setOtherCategorySettings,          true},
+    {"picture",                 &kepTVAudio::setOtherCategorySettings,          true},
+    {"dimension",               &kepTVAudio::setOtherCategorySettings,          true},
+    {"smartSoundMode",          &kepTVAudio::setOtherCategorySettings,          true},
+    {"other",                   &kepTVAudio::setOtherCategorySettings,          true},
+    {"activateWisa",            &kepTVAudio::setActivateWisa,                   false},
+    {"powerStateMute",          &kepTVAudio::setPowerStateMute,                 false},
+    {"headphoneDetectionMute",  SettingsRow::Handler{&kepTVAudio::setHeadphoneDetectionMute}, false},
+};
+// clang-format on
+
+unsigned int kepTVAudio::setSettings(std::string category, JValue payload)
 {
-    return true;
+    KEP_INFO("INFO_LOG", "category %s Payload received is %s", category.c_str(),
+             payload.stringify().c_str());
+    const auto* row =
+        std::find_if(std::begin(kSettingsRows), std::end(kSettingsRows),
+                     [&](const SettingsRow& each) { return category == each.category; });
+    if (row == std::end(kSettingsRows))
+        return KEP_RESULT_FAILED;
+    const auto* group = std::get_if<SettingsRow::GroupHandler>(&row->handler);
+    const bool applied = group != nullptr
+                             ? (this->**group)(category, payload)
+                             : (this->*std::get<SettingsRow::Handler>(row->handler))(payload);
+    if (!applied)
+        return KEP_RESULT_FAILED;
+    if (row->stores)
+        storeSettings(category, payload);
+    return KEP_RESULT_OK;
 }
 
 bool kepTVAudio::mIsObjRegistered =

@@ -54,17 +54,17 @@ using AudioVideoInfo = std::map<std::string, std::string>;
 ///
 /// One class, because all of it works on one state; its definitions are divided over files, a room
 /// each:
-///   keptvaudio.cpp           registration, life cycle, active state
-///   keptvaudiocontrol.cpp    the one door to the driver's control elements
+///   keptvaudio.cpp           registration, life cycle, active state, entry points of settings and
+///   quality keptvaudiocontrol.cpp    the one door to the driver's control elements
 ///   keptvaudiorouting.cpp    inputs: connecting resources to the current output
 ///   keptvaudiooutput.cpp     output selection
 ///   keptvaudiovolume.cpp     volume and mute
 ///   keptvaudioheadphone.cpp  headphone, and muting by power state
 ///   keptvaudiodigital.cpp    formats of optical, ARC and eARC
-///   keptvaudiostartup.cpp    the initial gains
+///   keptvaudiostartup.cpp    the initial gains, the start-up worker
 ///   keptvaudioutil.cpp       names to identifiers, identifiers to driver numbers, predicates
-///   keptvaudioquality.cpp    the pipeline store
-///   keptvaudiosettings.cpp   updates of the pipeline store
+///   keptvaudioquality.cpp    the pipeline store, video reports, queries of settings
+///   keptvaudiosettings.cpp   updates of the pipeline store, audio reports, settings categories
 ///
 /// Calls come from one thread at a time. The start-up worker and GLib timers work on the same
 /// object; what the worker shares with the caller is atomic, or behind the parameter store's guard.
@@ -295,6 +295,54 @@ public:
     /// Writes the initial gain of every connected resource and of the speaker, and notes whether
     /// all of them went through. Failures are logged.
     void initGainAudio();
+    /// The start-up worker's whole life: has the middleware read its files, covers the cold start's
+    /// noise and writes what initAudio could not. It ends early when the process does.
+    void startXmlParsing();
+
+    // --- Quality attributes (keptvaudio.cpp, keptvaudiosettings.cpp, keptvaudioquality.cpp)
+
+    /// Takes in what a pipeline carries, by "requestType". Result code.
+    unsigned int setAudioVideoCategoryInfo(JValue payload);
+    void updatePolicyConnectionCategoryInfo(JValue payload);
+    bool setAudioInputInfo(JValue payload);
+    bool setVideoInputInfo(JValue payload);
+    /// Merge "categoryInfo" into the pipeline's attributes; false when the pipeline is unknown.
+    bool updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInfo);
+    bool updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInfo);
+
+    // --- Settings store (keptvaudiosettings.cpp, keptvaudioquality.cpp)
+
+    /// Remembers the payload as the category's value, in the place of an earlier one, at the list's
+    /// end.
+    void storeSettings(const std::string& category, JValue payload);
+    /// The stored settings of one category as an array of at most one, or the amplifier's state.
+    JValue getSettingsObject(const std::string& category);
+
+    // --- Settings categories (keptvaudiosettings.cpp). False when the payload lacks something, or
+    // a step failed, which has then been logged where it was seen.
+
+    bool setSoundConfigSettings(std::string category, JValue payload);
+    /// Also launches the start-up worker once its three conditions hold.
+    bool setSoundSettings(JValue payload);
+    bool setHwConfig(JValue payload);
+    bool setSoundOutputDigitalSettings(std::string category, JValue payload);
+    bool setforceOutputSettings(JValue payload);
+    bool setMixerSettings(JValue payload);
+    bool setSoundOutputModeSettings(JValue payload);
+    bool setAlsaDriverSettings(std::string category, JValue payload);
+    bool setExternalArcSettings(JValue payload);
+    bool setOtherCategorySettings(std::string category, JValue payload);
+    bool setOtherSettings(JValue payload);
+    bool setActivateWisa(JValue payload);
+    bool setSoundEngineSettings(std::string category, JValue payload);
+    bool setEqualizerSettings(JValue payload);
+    bool setSoundEngineStatus(JValue payload);
+    bool setDolbyAtmosSettings(std::string category, JValue payload);
+    bool setAmplifierSettings(std::string category, JValue payload);
+    bool setDelaySettings(std::string category, JValue payload);
+    bool setPictureSettings(JValue payload);
+    /// Hands a quality payload to all four adapters.
+    bool setQualityAttributeSettings(JValue payload);
 
 protected:
     kepTVAudio() = default;
@@ -369,6 +417,8 @@ protected:
     bool mOutputMuteStatus = false; // last one requested, for whatever output
 
     // --- Headphone. The reasons to mute and the timer are also used by the start-up worker.
+    /// Starts the timer that lets the headphone be unmuted; false when one is pending already.
+    bool startUnmuteTimer(int (*callback)(void*));
     bool isUnmuteHeldBack(bool mute, const kepLogOrigin& origin = KEP_CALLER) const;
 
     std::atomic<bool> mHeadphoneMuteStatus{false};     // asked for by the caller
@@ -389,6 +439,7 @@ protected:
     {
         return mPtrParserInstance->find(mPtrParserInstance->mAvParamsMap, key);
     }
+    bool reapplyDigitalMode();
     int modeNumber(const DigitalModes& modes, bool japan) const;
     bool hasDolbyProfile() const;
     bool isJapaneseArc() const;
@@ -406,15 +457,31 @@ protected:
         bool hardwareConfigApplied = false;
         bool modelConfigReceived = false;
     };
+    void launchStartup(const kepLogOrigin& origin);
+    void retryInitialGains(const kepLogOrigin& origin);
+    void muteHeadphoneOnColdStart(const kepLogOrigin& origin);
+
     StartupConditions mStartupConditions;            // the caller's thread only
     std::atomic<bool> mIsInitGainAudioUpdate{false}; // also written by the start-up worker
 
     // --- Pipelines and settings
     static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
+    void adoptPipeline(const AudioVideoInfo& pipeline);
+    void applyPurpose(const std::string& purpose, const AudioVideoInfo& pipeline,
+                      const kepLogOrigin& origin = KEP_CALLER);
+    AudioVideoInfo* findAudioPipeline(const JValue& pipelineInfo,
+                                      const kepLogOrigin& origin = KEP_CALLER);
     void useAsCurrentPipeline(const AudioVideoInfo& pipeline,
                               const kepLogOrigin& origin = KEP_CALLER);
 
     std::vector<AudioVideoInfo> AudioVideoInfoMapVector;
     std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category
     std::map<std::string, std::string> mStoredSettings;
+    bool mOttEnabled = false; // last pair that the driver took
+    bool mAtmosLocked = false;
+    bool mWisaActivated = false;
+
+    // --- Dispatch of settings
+    struct SettingsRow;
+    static const SettingsRow kSettingsRows[33];
 };

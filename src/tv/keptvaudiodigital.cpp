@@ -129,6 +129,11 @@ std::string kepTVAudio::getSoundOutputDigitalMode() const
     return mode;
 }
 
+bool kepTVAudio::reapplyDigitalMode()
+{
+    return setSoundOutputDigital(getSoundOutputDigitalMode());
+}
+
 // --- Mode numbers of optical and ARC
 
 int kepTVAudio::getSoundOutputOpticMode(std::string mode) const

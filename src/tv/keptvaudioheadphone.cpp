@@ -62,6 +62,17 @@ bool kepTVAudio::executeMuteHeadphone(bool mute)
     return setMuteControlElement(KEP_AUDIO_HP, mute) && done;
 }
 
+bool kepTVAudio::startUnmuteTimer(int (*callback)(void*))
+{
+    // The caller's thread and the start-up worker may both want one.
+    return mPtrParserInstance->guarded([&] {
+        if (mHeadphoneUnmuteTimerID != 0)
+            return false;
+        mHeadphoneUnmuteTimerID = g_timeout_add(kUnmuteDelayMs, callback, this);
+        return true;
+    });
+}
+
 bool kepTVAudio::isUnmuteHeldBack(bool mute, const kepLogOrigin& origin) const
 {
     if (mute)
@@ -157,9 +168,7 @@ bool kepTVAudio::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute
         KEP_INFO("INFO_LOG", "Prepare resume is in progress, so started headphone unmute timer");
         mPopNoiseSoundOutput = output;
         mIsPrepareResume = false;
-        if (mHeadphoneUnmuteTimerID == 0)
-            mHeadphoneUnmuteTimerID =
-                g_timeout_add(kUnmuteDelayMs, &_resetHeadphoneUnmuteTimerCallback, this);
+        startUnmuteTimer(&_resetHeadphoneUnmuteTimerCallback);
         return true;
     }
     if (isUnmuteHeldBack(mute)) {
@@ -234,8 +243,9 @@ bool kepTVAudio::setPowerOnOffQNSoundSync(std::string state)
 {
     KEP_INFO("INFO_LOG", "setPowerOnOffQNSoundSync, power state is %s", state.c_str());
     if (mCurrentSoundout != KEP_AUDIO_QN_SOUND_SYNC) {
-        KEP_INFO("INFO_LOG", "SOUNDOUT_OPTICQN_POWER ON/OFF is not set, since QNSoundSync is not "
-                             "current soundout");
+        KEP_INFO(
+            "INFO_LOG",
+            "SOUNDOUT_OPTICQN_POWER ON/OFF is not set, since QNSoundSync is not current soundout");
         return false;
     }
     const bool done =

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The pipeline store: one map of attributes for each media pipeline, and the copy of the one that
 // plays now, which the middleware is given.
+#include <algorithm>
+
 #include "keplog.h"
 #include "keptvaudio.h"
 
@@ -38,9 +40,24 @@ void kepTVAudio::useAsCurrentPipeline(const AudioVideoInfo& pipeline, const kepL
         KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "not update in map because activestate is false");
         return;
     }
+    adoptPipeline(pipeline);
+}
+
+void kepTVAudio::adoptPipeline(const AudioVideoInfo& pipeline)
+{
     mPtrParserInstance->withMap(mPtrParserInstance->mAvParamsMap,
                                 [&](kepTvParser::Map& map) { map = pipeline; });
     updateCodecImmersiveFormat(pipeline);
+}
+
+void kepTVAudio::applyPurpose(const std::string& purpose, const AudioVideoInfo& pipeline,
+                              const kepLogOrigin& origin)
+{
+    if (purpose == "RECORDING")
+        mPtrParserInstance->withMap(mPtrParserInstance->mAencAvParamsMap,
+                                    [&](kepTvParser::Map& map) { map = pipeline; });
+    else
+        useAsCurrentPipeline(pipeline, origin);
 }
 
 void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
@@ -58,11 +75,7 @@ void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
     for (const JValue& element : purposes.elements()) {
         const std::string purpose = element.asString();
         pipeline["pipelinePurpose" + std::to_string(index++)] = purpose;
-        if (purpose == "RECORDING")
-            mPtrParserInstance->withMap(mPtrParserInstance->mAencAvParamsMap,
-                                        [&](kepTvParser::Map& map) { map = pipeline; });
-        else
-            useAsCurrentPipeline(pipeline);
+        applyPurpose(purpose, pipeline);
     }
     AudioVideoInfoMapVector.push_back(std::move(pipeline));
     printSetQualityAttributeInfo();
@@ -123,4 +136,129 @@ void kepTVAudio::printSetQualityAttributeInfo() const
         for (const auto& [key, value] : pipeline)
             KEP_INFO("INFO_LOG", "Map: Key and Values are %s %s", key.c_str(), value.c_str());
     }
+}
+
+// --- Video reports
+
+bool kepTVAudio::setVideoInputInfo(JValue payload)
+{
+    KEP_INFO("INFO_LOG",
+             "setVideoInputInfo is called to update category values of existing pipelineInfo");
+    const JValue category = payload["categoryInfo"];
+    if (!category.isObject()) {
+        KEP_ERROR("INVALID_PARAMETER", "Invalid CategoryInfo");
+        return false;
+    }
+    const JValue pipelineInfo = payload["pipelineInfo"];
+    const bool updated = pipelineInfo.isObject() && updateVideoCategoryInfo(pipelineInfo, category);
+    const bool registered = mPtrTVDelay->registerAudioVideoInfo();
+    if (registered)
+        KEP_DEBUG("Successfully updated audio video info to delay middleware");
+    else
+        KEP_ERROR("DELAY_MIDDLEWARE_ERROR",
+                  "Failed to register audio video info to delay middleware");
+    return registered || updated;
+}
+
+bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInfo)
+{
+    KEP_INFO("INFO_LOG",
+             "updateVideoCategoryInfo to update category values %s of existing pipelineInfo %s",
+             categoryInfo.stringify().c_str(), pipelineInfo.stringify().c_str());
+    const std::string pipelineId = pipelineInfo["pipelineId"].asString();
+    if (pipelineId.empty())
+        return false;
+    const auto pipeline = std::find_if(
+        AudioVideoInfoMapVector.begin(), AudioVideoInfoMapVector.end(),
+        [&](const AudioVideoInfo& candidate) { return hasPipelineId(candidate, pipelineId); });
+    if (pipeline == AudioVideoInfoMapVector.end())
+        return false;
+
+    if (categoryInfo.hasKey("codec"))
+        (*pipeline)["videoCodec"] = categoryInfo["codec"].asString();
+    const JValue params = categoryInfo["params"];
+    if (!params.isArray())
+        KEP_ERROR("INVALID_PARAMETER", "Param is not an Array Element");
+    int index = 0;
+    for (const JValue& param : params.elements()) {
+        const std::string key = "params" + std::to_string(index++);
+        KEP_DEBUG(" Param String = %s ", key.c_str()); // sic
+        (*pipeline)[key] = param.asString();
+    }
+    if (getActiveState())
+        mPtrParserInstance->withMap(mPtrParserInstance->mAvParamsMap,
+                                    [&](kepTvParser::Map& map) { map = *pipeline; });
+    else
+        KEP_INFO("INFO_LOG", "not update in local map because activestate is false");
+    printAudioVideoInfoTable();
+    return true;
+}
+
+// --- Queries of settings
+
+JValue kepTVAudio::getSettings(const std::string& category, JValue request)
+{
+    KEP_INFO("INFO_LOG", "get settings for category %s, settings:%s", category.c_str(),
+             request.stringify().c_str());
+    if (category == "gainValue") {
+        const std::string type = request["gainType"].asString();
+        const std::string output = request["soundOutput"].asString();
+        KEP_DEBUG("Calling getGainAsInput with: type = %s, soundoutput = %s", type.c_str(),
+                  output.c_str());
+        JValue answer = JValue::object();
+        answer.put("soundOutput", output);
+        answer.put("gainValue", mPtrTVGain->getGainAsInput(type, output));
+        KEP_DEBUG("currentSettings = %s", answer.stringify().c_str());
+        return answer;
+    }
+    if (category == "readI2cDataFromAmplifier") {
+        const JValue answer = mPtrTVAmplifier->readI2cDataFromAmplifier(request);
+        KEP_INFO("INFO_LOG", "Data from audio amplifier is %s", answer.stringify().c_str());
+        return answer;
+    }
+    if (mSettingsList.empty()) {
+        KEP_DEBUG("settingsList is empty, Hence KEP returning jnull"); // sic: true is returned
+        return true;
+    }
+    if (!category.empty())
+        return getSettingsObject(category);
+
+    KEP_DEBUG("Resquested for Complete Settings List"); // sic
+    JValue answer = JValue::array();
+    for (const JValue& stored : mSettingsList) {
+        answer.append(stored);
+        KEP_LOG_AS(KEP_HERE.as("printAudioVideoInfoTable"), kLogDebug, "", // sic
+                   "StreamInfo  Inside =  %s", stored.stringify().c_str());
+    }
+    KEP_DEBUG("currentSettings =  %s", answer.stringify().c_str()); // sic
+    return answer;
+}
+
+JValue kepTVAudio::getSettingsObject(const std::string& category)
+{
+    if (category == "getAmplifierState") {
+        std::string type;
+        std::vector<std::string> states;
+        if (!mPtrTVAmplifier->getAmplifierState(type, states))
+            return true; // sic
+        JValue list = JValue::array();
+        for (const std::string& state : states)
+            list.append(state);
+        JValue answer = JValue::object();
+        answer.put("amplifierType", type);
+        answer.put("amplifierStates", list);
+        KEP_DEBUG("Reply Back from getSettings = %s", answer.stringify().c_str());
+        return answer;
+    }
+    KEP_DEBUG("Resquested for category = %s from Settings List", category.c_str()); // sic
+    JValue answer = JValue::array();
+    const auto stored =
+        std::find_if(mSettingsList.begin(), mSettingsList.end(), [&](const JValue& candidate) {
+            return candidate["category"].asString() == category;
+        });
+    if (stored != mSettingsList.end()) {
+        answer.append(*stored);
+        KEP_DEBUG("Requested Category StreamInfo = %s", stored->stringify().c_str());
+    }
+    return answer;
 }
