@@ -10,21 +10,27 @@ namespace virtualtv
 namespace
 {
 
+/// The one television. Never destroyed: it is asked until the process ends.
 struct Television {
+    std::mutex guard;
     std::map<std::string, int> lineLevels;
     std::string gain = "0";
     AmplifierState amplifier;
     std::vector<std::string> i2cData;
 };
 
+Television& theTelevision()
+{
+    static Television* const television = new Television;
+    return *television;
+}
+
 /// Runs `access` on the one television while no other thread does.
 template <typename Access>
 auto withTelevision(Access access)
 {
-    static std::mutex* const guard = new std::mutex; // both leaked: asked until the process ends
-    static Television* const television = new Television;
-    const std::lock_guard lock{*guard};
-    return access(*television);
+    const std::lock_guard lock{theTelevision().guard};
+    return access(theTelevision());
 }
 
 } // namespace

@@ -108,13 +108,14 @@ JValue JDomParser::parse(std::string_view text)
     json_tokener_set_flags(tokener.get(), JSON_TOKENER_STRICT);
     json_object* root =
         json_tokener_parse_ex(tokener.get(), text.data(), static_cast<int>(text.size()));
+    const std::size_t end = json_tokener_get_parse_end(tokener.get());
     // A number at the end of the text is complete only once json-c sees that nothing follows.
     if (json_tokener_get_error(tokener.get()) == json_tokener_continue)
         root = json_tokener_parse_ex(tokener.get(), "", 1);
     const json_tokener_error error = json_tokener_get_error(tokener.get());
     if (error != json_tokener_success)
         return fail(std::string{json_tokener_error_desc(error)} + " at byte " +
-                    std::to_string(json_tokener_get_parse_end(tokener.get())));
+                    std::to_string(end));
     return {root, 1};
 }
 

@@ -14,7 +14,7 @@ namespace
 
 using Text = std::unique_ptr<char, decltype(&g_free)>;
 
-Text formatted(const char* format, va_list arguments) noexcept
+[[gnu::format(printf, 1, 0)]] Text formatted(const char* format, va_list arguments) noexcept
 {
     return {g_strdup_vprintf(format, arguments), g_free};
 }

@@ -396,6 +396,9 @@ protected:
     kepTVSoundEngine* mPtrTVSoundEngine = nullptr;
 
     // --- Routing
+    /// The current output; whatever cannot be one counts as speaker and optical.
+    KEP_AUDIO_SNDOUT_T routedOutput() const;
+
     KEP_AUDIO_SNDOUT_T mCurrentSoundout = KEP_AUDIO_NO_OUTPUT;
     // In order of connection. Only the caller's thread changes it, behind the store's guard: the
     // start-up worker walks it, too.

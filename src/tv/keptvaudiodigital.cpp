@@ -124,7 +124,7 @@ std::string kepTVAudio::getSoundOutputDigitalMode() const
         KEP_INFO("INFO_LOG", "Setting digital mode as %s, since its not optical or arc", "pcm");
         return "pcm";
     }
-    const std::string mode = qualityParam("soundOutputDigital").value_or("");
+    std::string mode = qualityParam("soundOutputDigital").value_or("");
     KEP_INFO("INFO_LOG", "Setting digital mode as %s", mode.c_str());
     return mode;
 }

@@ -30,6 +30,10 @@ using enum OutputStep;
 
 constexpr const char* kSoundSyncSuffix = " for QN SOUND SYNC";
 
+// The one combination that is closed in another order than it is opened, on the way to a single
+// output.
+constexpr KEP_AUDIO_SNDOUT_T kOpticalFirst[] = {KEP_AUDIO_SPDIF, KEP_AUDIO_SPK};
+
 bool contains(std::span<const KEP_AUDIO_SNDOUT_T> members, KEP_AUDIO_SNDOUT_T output)
 {
     return std::find(members.begin(), members.end(), output) != members.end();
@@ -114,15 +118,11 @@ bool kepTVAudio::handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output)
 bool kepTVAudio::setSingularSoundOutput(KEP_AUDIO_SNDOUT_T output)
 {
     // Everything is closed, the new output included: the driver wants it opened afresh.
-    const auto members = membersOf(mCurrentSoundout);
+    const bool optical = mCurrentSoundout == KEP_AUDIO_SPK_SPDIF;
     bool done = true;
-    if (mCurrentSoundout == KEP_AUDIO_SPK_SPDIF) { // the one pair that is closed from its end
-        for (auto member = members.rbegin(); member != members.rend(); ++member)
-            done = disconnectOutput(*member) && done;
-    } else {
-        for (const KEP_AUDIO_SNDOUT_T member : members)
-            done = disconnectOutput(member) && done;
-    }
+    for (const KEP_AUDIO_SNDOUT_T member :
+         optical ? std::span<const KEP_AUDIO_SNDOUT_T>{kOpticalFirst} : membersOf(mCurrentSoundout))
+        done = disconnectOutput(member) && done;
     return connectOutput(output) && done;
 }
 

@@ -212,7 +212,7 @@ JValue kepTVAudio::getSettings(const std::string& category, JValue request)
         return answer;
     }
     if (category == "readI2cDataFromAmplifier") {
-        const JValue answer = mPtrTVAmplifier->readI2cDataFromAmplifier(request);
+        JValue answer = mPtrTVAmplifier->readI2cDataFromAmplifier(request);
         KEP_INFO("INFO_LOG", "Data from audio amplifier is %s", answer.stringify().c_str());
         return answer;
     }

@@ -68,11 +68,17 @@ unsigned int kepTVAudio::disconnectInput(std::string source, std::string sink)
     return KEP_RESULT_OK;
 }
 
+KEP_AUDIO_SNDOUT_T kepTVAudio::routedOutput() const
+{
+    return isValidSoundout() ? mCurrentSoundout : KEP_AUDIO_SPK_SPDIF;
+}
+
 unsigned int kepTVAudio::checkConnectInputResource(KEP_AUDIO_RESOURCE_T resource)
 {
-    if (mCurrentSoundout == KEP_AUDIO_SPK_SPDIF)
+    const KEP_AUDIO_SNDOUT_T output = routedOutput();
+    if (output == KEP_AUDIO_SPK_SPDIF)
         KEP_DEBUG("Inside tv speaker and external speaker connect Input");
-    for (const KEP_AUDIO_SNDOUT_T member : membersOf(mCurrentSoundout))
+    for (const KEP_AUDIO_SNDOUT_T member : membersOf(output))
         if (connectInputResource(resource, member) != KEP_RESULT_OK)
             return KEP_RESULT_FAILED;
     return KEP_RESULT_OK;
@@ -80,9 +86,10 @@ unsigned int kepTVAudio::checkConnectInputResource(KEP_AUDIO_RESOURCE_T resource
 
 unsigned int kepTVAudio::checkDisconnectInputResource(KEP_AUDIO_RESOURCE_T resource)
 {
-    if (mCurrentSoundout == KEP_AUDIO_SPK_SPDIF)
+    const KEP_AUDIO_SNDOUT_T output = routedOutput();
+    if (output == KEP_AUDIO_SPK_SPDIF)
         KEP_DEBUG("Disconnect Input from tv speaker and externl speaker"); // sic
-    for (const KEP_AUDIO_SNDOUT_T member : membersOf(mCurrentSoundout))
+    for (const KEP_AUDIO_SNDOUT_T member : membersOf(output))
         if (disconnectInputResource(resource, member) != KEP_RESULT_OK)
             return KEP_RESULT_FAILED;
     return KEP_RESULT_OK;

@@ -17,10 +17,12 @@ bool kepTvParser::storeParameters(JValue object, Map& target)
 {
     if (!object.isObject())
         return false;
-    for (const auto& [key, value] : object.members()) {
-        KEP_DEBUG("store Parameters key: %s value: %s", key.c_str(), value.stringify().c_str());
-        std::string text = value.isString() ? value.asString() : value.stringify();
-        withMap(target, [&](Map& map) { map.insert_or_assign(key, std::move(text)); });
+    for (const JValue::Member& member : object.members()) {
+        const JValue& value = member.second;
+        KEP_DEBUG("store Parameters key: %s value: %s", member.first.c_str(),
+                  value.stringify().c_str());
+        const std::string text = value.isString() ? value.asString() : value.stringify();
+        withMap(target, [&](Map& map) { map.insert_or_assign(member.first, text); });
     }
     return true;
 }

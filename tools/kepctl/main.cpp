@@ -91,6 +91,10 @@ std::string parseRunOptions(int argc, char** argv, RunOptions& options)
         {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &scripts, nullptr, "SCRIPT..."},
         {},
     };
+    for (int i = 1; i < argc; ++i) // GLib would ignore the value
+        for (const std::string flag : {"--strict", "--hardware"})
+            if (flag + "=" == std::string{argv[i]}.substr(0, flag.size() + 1))
+                return flag + " takes no value";
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context{
         g_option_context_new(nullptr), g_option_context_free};
     g_option_context_add_main_entries(context.get(), entries, nullptr);
@@ -140,7 +144,8 @@ int run(int argc, char** argv)
     snd_lib_error_set_handler(&ignoreAlsaMessage); // the library logs what matters of it
     admitLogLevel(options.logLevel);
 
-    const bool colour = isatty(STDOUT_FILENO) != 0 && getenv("NO_COLOR") == nullptr;
+    const char* noColour = getenv("NO_COLOR");
+    const bool colour = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || *noColour == '\0');
     // Never destroyed: the backends still log when static objects are.
     auto* trace =
         new Trace{options.format == "jsonl" ? makeJsonLinesWriter() : makeTextWriter(colour)};

@@ -151,7 +151,7 @@ virtualtv::Injection injectionOf(const JValue& value)
         objectOf(value, "\"inject\"", {key, "status", "times"});
         const auto status =
             static_cast<int>(wholeNumber(value["status"], "\"status\"", INT_MIN, INT_MAX));
-        return {point, text(value[key], key), "", status, timesOf(value)};
+        return {point, text(value[key], '"' + std::string{key} + '"'), "", status, timesOf(value)};
     }
     return controlInjection(value);
 }

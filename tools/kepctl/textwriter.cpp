@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The text format: a request a block, its effects indented under it, failures standing out.
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -48,8 +49,8 @@ std::string failure(const JValue& status)
     const auto code = status.asNumber<std::int32_t>();
     if (code == 0)
         return "";
-    return code < 0 ? std::string{"  failed: "} + strerror(-code)
-                    : "  failed: " + std::to_string(code);
+    return code < 0 && code != INT_MIN ? std::string{"  failed: "} + strerror(-code)
+                                       : "  failed: " + std::to_string(code);
 }
 
 Line withStatus(std::string text, const JValue& event)

@@ -26,7 +26,6 @@ struct CardHandle {
     std::string name; // as opened
     const Card* card = nullptr;
     int firstSlot = 0;
-    bool listing = false; // the element list has been asked for from its start
     const snd_ctl_elem_id_t* identifier = nullptr; // of the element looked up last
 };
 
@@ -84,16 +83,14 @@ void closeCard(snd_ctl_ext_t* ext)
 
 int elementCount(snd_ctl_ext_t* ext)
 {
-    handleOf(ext).listing = true;
     return static_cast<int>(handleOf(ext).card->elements.size());
 }
 
 int listElement(snd_ctl_ext_t* ext, unsigned int offset, snd_ctl_elem_id_t* id)
 {
     CardHandle& handle = handleOf(ext);
-    // libasound asks for single identifiers as well; only what follows a count is a load of the
-    // list.
-    if (offset == 0 && std::exchange(handle.listing, false)) {
+    // libasound asks for single identifiers as well, but then it has filled in the number already.
+    if (offset == 0 && snd_ctl_elem_id_get_numid(id) == 0) {
         const int status = faultAt(FaultPoint::CardLoad, "load", "", handle.name);
         if (status < 0)
             return status;
@@ -236,18 +233,21 @@ constexpr snd_ctl_ext_callback_t kCallbacks = {
     .poll_revents = nullptr,
 };
 
-/// The card that the ALSA configuration names, with the slot of its first element; null for an
+bool isCard(const Card& card, snd_config_t* configuration)
+{
+    snd_config_t* entry = nullptr;
+    const char* given = nullptr;
+    return snd_config_search(configuration, card.key, &entry) >= 0 &&
+           snd_config_get_string(entry, &given) >= 0 && std::strcmp(given, card.value) == 0;
+}
+
+/// The card that the ALSA configuration means, with the slot of its first element; null for an
 /// unknown one.
 const Card* findCard(snd_config_t* configuration, int& firstSlot)
 {
-    snd_config_t* entry = nullptr;
-    const char* wanted = nullptr;
-    if (snd_config_search(configuration, "card", &entry) < 0 ||
-        snd_config_get_string(entry, &wanted) < 0)
-        return nullptr;
     firstSlot = 0;
     for (const Card& card : kCards) {
-        if (std::strcmp(card.name, wanted) == 0)
+        if (isCard(card, configuration))
             return &card;
         firstSlot += static_cast<int>(card.elements.size());
     }

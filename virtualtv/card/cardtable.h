@@ -19,7 +19,8 @@ struct Element {
 };
 
 struct Card {
-    const char* name; // what the ALSA configuration passes: the number of hw:N, or "default"
+    const char* key;   // what the ALSA configuration passes of the card: its number or its name,
+    const char* value; // and which
     const char* title;
     std::span<const Element> elements;
 };
@@ -64,8 +65,8 @@ inline constexpr Element kMixerElements[] = {
 };
 
 inline constexpr Card kCards[] = {
-    {"0",       "Virtual television", kDriverElements},
-    {"default", "Virtual mixer",      kMixerElements},
+    {"number", "0",       "Virtual television", kDriverElements},
+    {"name",   "default", "Virtual mixer",      kMixerElements},
 };
 // clang-format on
 
