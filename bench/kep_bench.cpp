@@ -14,6 +14,8 @@ namespace
 
 constexpr BenchmarkPair kPairs[] = {
     {"setOutputVolume", "setOutputVolumeByHand", 1.05},
+    {"setSoundOutput", "setSoundOutputByHand", 1.05},
+    {"connectInput", "connectInputByHand", 1.05},
     {"parse", "parseByHand", 1.2},
     {"stringify", "stringifyByHand", 1.2},
 };

@@ -1,39 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // One volume request through facade and mixer backend, next to the libasound calls that it comes
 // down to.
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include <alsa/asoundlib.h>
 #include <benchmark/benchmark.h>
 
-#include "kepclient.h"
-#include "platformlog.h"
+#include "client.h"
 
 namespace
 {
 
-/// The started client, on the generic mixer backend, with the log at error level.
-kepClient& client()
-{
-    static kepClient* const started = [] {
-        const std::filesystem::path directory =
-            std::filesystem::temp_directory_path() / "kep-bench-config";
-        std::filesystem::create_directories(directory);
-        std::ofstream{directory / "kep-config.json"} << R"({"Q27R5": {"kepAudio": "ALSA"}})";
-        std::ofstream{directory / "device-cap.json"} << "{}";
-        setenv("KEP_CONFIG_DIR", directory.c_str(), 1);
-        LogSetLevel(LogGetContext("kep"), kLogError);
-        kepClient::getInstance()->initialize();
-        return kepClient::getInstance();
-    }();
-    return *started;
-}
-
 void setOutputVolume(benchmark::State& state)
 {
-    kepClient& audio = client();
+    kepClient& audio = startClient("ALSA");
     for (auto _ : state)
         if (audio.setOutputVolume("speaker", 35) != KEP_RESULT_OK)
             state.SkipWithError("the volume was not set");

@@ -3,10 +3,37 @@
 #include "jsonlexicon.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace
 {
+
+enum class Kind : unsigned char { Other, Blank, Separator, Open, Close, Quote, Word };
+
+/// What each character can begin, or go on with, outside of strings.
+constexpr std::array<Kind, 256> kKinds = [] {
+    std::array<Kind, 256> kinds{};
+    const auto mark = [&kinds](std::string_view characters, Kind kind) {
+        for (const char c : characters)
+            kinds[static_cast<unsigned char>(c)] = kind;
+    };
+    mark(" \t\n\r", Kind::Blank);
+    mark(",:", Kind::Separator);
+    mark("{[", Kind::Open);
+    mark("}]", Kind::Close);
+    mark("\"", Kind::Quote);
+    // Whatever can stand in a number or a literal, right or wrong.
+    mark("0123456789+-.", Kind::Word);
+    mark("abcdefghijklmnopqrstuvwxyz", Kind::Word);
+    mark("ABCDEFGHIJKLMNOPQRSTUVWXYZ", Kind::Word);
+    return kinds;
+}();
+
+constexpr Kind kindOf(char c) noexcept
+{
+    return kKinds[static_cast<unsigned char>(c)];
+}
 
 bool isDigit(char c) noexcept
 {
@@ -15,14 +42,7 @@ bool isDigit(char c) noexcept
 
 bool isBlank(char c) noexcept
 {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
-/// True for a character that can stand in a number or a literal.
-bool isWordCharacter(char c) noexcept
-{
-    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '+' || c == '-' ||
-           c == '.';
+    return kindOf(c) == Kind::Blank;
 }
 
 std::size_t skipDigits(std::string_view word, std::size_t at) noexcept
@@ -102,7 +122,7 @@ const char* Scanner::scanString() noexcept
 const char* Scanner::scanWord() noexcept
 {
     const std::size_t start = at;
-    while (at < text.size() && isWordCharacter(text[at]))
+    while (at < text.size() && kindOf(text[at]) == Kind::Word)
         ++at;
     const std::string_view word = text.substr(start, at - start);
     return isLiteral(word) || isNumber(word) ? "" : "neither a number nor true, false or null";
@@ -110,19 +130,24 @@ const char* Scanner::scanWord() noexcept
 
 const char* Scanner::scanNext() noexcept
 {
-    const char c = text[at];
-    if (c == '"')
+    const Kind kind = kindOf(text[at]);
+    if (kind == Kind::Quote)
         return scanString();
-    if (isWordCharacter(c))
+    if (kind == Kind::Word)
         return scanWord();
     ++at;
-    if (c == '{' || c == '[')
+    switch (kind) {
+    case Kind::Open:
         return ++depth > maxDepth ? "nesting too deep" : "";
-    if (c == '}' || c == ']') {
+    case Kind::Close:
         --depth;
         return "";
+    case Kind::Blank:
+    case Kind::Separator:
+        return "";
+    default:
+        return "unexpected character";
     }
-    return c == ',' || c == ':' || isBlank(c) ? "" : "unexpected character";
 }
 
 } // namespace
