@@ -24,6 +24,8 @@ if(KEP_SANITIZE)
 else()
     add_compile_options($<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
 endif()
+# Log lines name source files; no path of the machine that built them belongs into the result.
+add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 add_compile_options(-fstack-protector-strong)
 add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,defs)
 if(KEP_SANITIZE)

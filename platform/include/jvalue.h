@@ -127,9 +127,9 @@ public:
 
     // --- The whole value
 
-    /// The JSON text: compact, members in insertion order, "/" not escaped, UTF-8 as it is; "" for
-    /// an invalid value. Integers beyond 64 bits were cut to the nearest that fits when they were
-    /// parsed.
+    /// The JSON text: compact, members in insertion order, "/" not escaped, UTF-8 as it is; "null"
+    /// for an invalid value. Integers beyond 64 bits were cut to the nearest that fits when they
+    /// were parsed.
     [[nodiscard]] std::string stringify() const;
     /// An equal value that shares nothing with this one.
     [[nodiscard]] JValue deepCopy() const;

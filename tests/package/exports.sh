@@ -1,0 +1,9 @@
+#!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
+# exports.sh LIBRARY: the library shows its own classes and nothing else.
+set -eu
+shown=$(nm -DC --defined-only "$1" | cut -d' ' -f3-)
+foreign=$(echo "$shown" |
+    grep -vE '^((typeinfo|typeinfo name|vtable) for )?kep(AlsaAudio|Audio|Client|Factory|TVAudio)\b') || true
+[ -z "$foreign" ] || { echo "exported, but not of the interface:"; echo "$foreign"; exit 1; }
+echo "$shown" | grep -q '^kepClient::initialize()$'
