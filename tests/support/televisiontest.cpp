@@ -89,9 +89,15 @@ void TelevisionTest::configureBackend(const std::string& backend) const
                 R"({"Q27R5": {"kepAudio": ")" + backend + R"(", "kepDefaultVolume": 15}})");
 }
 
-void TelevisionTest::admit(int level) { LogSetLevel(LogGetContext("kep"), level); }
+void TelevisionTest::admit(int level)
+{
+    LogSetLevel(LogGetContext("kep"), level);
+}
 
-void TelevisionTest::connectLog() { kepLogContext = LogGetContext("kep"); }
+void TelevisionTest::connectLog()
+{
+    kepLogContext = LogGetContext("kep");
+}
 
 void TelevisionTest::injectCard(const std::string& stage, int status, const std::string& element)
 {
@@ -105,7 +111,10 @@ void TelevisionTest::injectMiddleware(const std::string& operation, int status)
     virtualtv::inject({virtualtv::FaultPoint::Middleware, operation, "", status, {}});
 }
 
-void TelevisionTest::clearInjections() { virtualtv::clearInjections(); }
+void TelevisionTest::clearInjections()
+{
+    virtualtv::clearInjections();
+}
 
 std::vector<LogLine> TelevisionTest::logLines(int level) const
 {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The fixture of all tests that act on the virtual television: it records what is logged and what the
-// television is told, and gives each test a configuration directory and card values of its own.
+// The fixture of all tests that act on the virtual television: it records what is logged and what
+// the television is told, and gives each test a configuration directory and card values of its own.
 #pragma once
 
 #include <filesystem>
@@ -64,7 +64,8 @@ protected:
     /// All events of the virtual television since the last `forget`.
     [[nodiscard]] const std::vector<JValue>& events() const { return mEvents; }
     [[nodiscard]] std::vector<ControlEvent> controlEvents() const;
-    /// The middleware calls as "library.operation(arguments)", with " -> status" when that is not 0.
+    /// The middleware calls as "library.operation(arguments)", with " -> status" when that is not
+    /// 0.
     [[nodiscard]] std::vector<std::string> middlewareCalls() const;
     void forget();
 
