@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <glib.h>
 
@@ -46,7 +47,11 @@ std::string stateFilePath()
     const char* chosen = secure_getenv("KEP_VIRTUALTV_STATE");
     if (chosen != nullptr && *chosen != '\0')
         return chosen;
-    return std::filesystem::path{g_get_user_runtime_dir()} / "kep-virtualtv.state";
+    const std::filesystem::path directory = g_get_user_runtime_dir();
+    if (g_mkdir_with_parents(directory.c_str(), 0700) == 0 && access(directory.c_str(), W_OK) == 0)
+        return directory / "kep-virtualtv.state";
+    return std::filesystem::path{g_get_tmp_dir()} /
+           ("kep-virtualtv-" + std::to_string(getuid()) + ".state");
 }
 
 } // namespace virtualtv
