@@ -3,7 +3,6 @@
 // shared part is never destroyed.
 #include "startupworker.h"
 
-#include <system_error>
 #include <thread>
 
 #include <unistd.h>
@@ -48,7 +47,7 @@ void StartupWorker::launch(std::function<void()> work)
             }
             finished();
         }).detach();
-    } catch (const std::system_error&) {
+    } catch (...) { // no thread, or no memory for one
         finished();
         throw;
     }
