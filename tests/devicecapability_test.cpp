@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include "asnobody.h"
 #include "jdomparser.h"
 #include "platformlog.h"
 #include "televisiontest.h"
@@ -74,29 +75,6 @@ std::string padded(std::size_t bytes)
     const std::string text = kComplete;
     return text + std::string(bytes - text.size(), ' ');
 }
-
-/// A process that may read no file of somebody else's.
-class AsNobody
-{
-public:
-    AsNobody() : mWasRoot(geteuid() == 0)
-    {
-        if (mWasRoot) {
-            EXPECT_EQ(seteuid(65534), 0);
-        }
-    }
-    ~AsNobody()
-    {
-        if (mWasRoot) {
-            EXPECT_EQ(seteuid(0), 0);
-        }
-    }
-    AsNobody(const AsNobody&) = delete;
-    AsNobody& operator=(const AsNobody&) = delete;
-
-private:
-    const bool mWasRoot;
-};
 
 class DeviceCapabilityFile : public TelevisionTest
 {

@@ -38,8 +38,7 @@ LogLine asked(const std::string& category, const std::string& request)
 
 const LogLine kNothingStored =
     kQueries.debug("getSettings", "settingsList is empty, Hence KEP returning jnull");
-const LogLine kWholeList =
-    kQueries.debug("getSettings", "Resquested for Complete Settings List");
+const LogLine kWholeList = kQueries.debug("getSettings", "Resquested for Complete Settings List");
 
 LogLine oneOf(const std::string& category)
 {
@@ -72,10 +71,7 @@ const char* const kDimension = R"({"category":"dimension","value":{"a":{"b":[1]}
 class SettingsQuery : public TvBackendTest
 {
 protected:
-    std::vector<JValue>& list()
-    {
-        return static_cast<kepTVAudio&>(mBackend).*State::settings;
-    }
+    std::vector<JValue>& list() { return static_cast<kepTVAudio&>(mBackend).*State::settings; }
 
     void storeTwo()
     {
@@ -199,10 +195,10 @@ TEST_F(SettingsQuery, TheAmplifierStateIsAskedOnlyOnceSomethingIsStored)
     expectAnswer("getAmplifierState", JValue{}, none, {kAmplifierAsked, reply(none)},
                  {"amplifier.getAmpState"});
     injectMiddleware("amplifier.getAmpState", 7);
-    expectAnswer("getAmplifierState", json("{}"), "true",
-                 {kAmplifierAsked,
-                  kAmplifier.error("getAmplifierState", "Failed to get amplifier States")},
-                 {"amplifier.getAmpState -> 7"});
+    expectAnswer(
+        "getAmplifierState", json("{}"), "true",
+        {kAmplifierAsked, kAmplifier.error("getAmplifierState", "Failed to get amplifier States")},
+        {"amplifier.getAmpState -> 7"});
 }
 
 TEST_F(SettingsQuery, TheAmplifierStateHidesACategoryOfThatName)
@@ -274,9 +270,9 @@ TEST_F(SettingsQuery, AnElementWithoutACategoryIsNotInTheWholeList)
 
 TEST_F(SettingsQuery, AnElementWhoseCategoryIsNoTextIsNotFound)
 {
-    for (const char* element : {R"({"value":1})", R"({"category":5})", R"({"category":null})",
-                                R"({"category":["x"]})", R"({"category":{}})",
-                                R"({"category":true})"})
+    for (const char* element :
+         {R"({"value":1})", R"({"category":5})", R"({"category":null})", R"({"category":["x"]})",
+          R"({"category":{}})", R"({"category":true})"})
         list().push_back(json(element));
     for (const char* category : {"5", "null", "true", "x"})
         expectAnswer(category, json("{}"), "[]", {oneOf(category)});

@@ -134,8 +134,7 @@ Lines reapplied(const std::string& refused = "")
         kDigital.info("getSoundOutputDigitalMode",
                       "Setting digital mode as pcm, since its not optical or arc"),
         kDigital.info("setSoundOutputDigital", "Request to set digital mode as pcm"),
-        kDigital.info("getSoundOutputOpticMode",
-                      "Get SoundOutputMode for Optic digitalMode pcm "),
+        kDigital.info("getSoundOutputOpticMode", "Get SoundOutputMode for Optic digitalMode pcm "),
         kDigital.debug("getSoundOutputOpticMode", "Optic digital mode 1"),
         kDigital.info("getSoundOutputArcMode", "Get SoundOutputMode for ARC digitalMode pcm "),
         kDigital.debug("getSoundOutputArcMode", "Arc digital mode 1"),
@@ -147,13 +146,12 @@ Lines reapplied(const std::string& refused = "")
                            "setSoundOutputDigital : Did not able to set the element: Sndout Spdif "
                            "OutputType with digitalMode as pcm"));
     }
-    lines.push_back(
-        kDigital.info("setEArcOutputType",
-                      "set codec type: 1 for earc output type and mixer value is 1"));
+    lines.push_back(kDigital.info("setEArcOutputType",
+                                  "set codec type: 1 for earc output type and mixer value is 1"));
     if (refused == kEarc) {
         lines.push_back(refusedByDriver());
-        lines.push_back(kDigital.error(
-            "setEArcOutputType", "Did not able to set the element: Sndout EARC Outputtype"));
+        lines.push_back(kDigital.error("setEArcOutputType",
+                                       "Did not able to set the element: Sndout EARC Outputtype"));
     }
     return lines;
 }
@@ -224,25 +222,22 @@ const LogLine kOutputMode =
 const LogLine kInvalidSoundOutput =
     kSettings.refusal("INVALID_SOUNDOUTPUT", "setSoundOutputModeSettings",
                       "Invalid SoundOutput for setting digital mode");
-const LogLine kForceOutput =
-    kSettings.info("setforceOutputSettings", "Set force output settings");
+const LogLine kForceOutput = kSettings.info("setforceOutputSettings", "Set force output settings");
 const LogLine kMixer = kSettings.info("setMixerSettings", "Set mixer settings");
 const LogLine kHardware = kSettings.info("setHwConfig", "Set hwardware config");
-const LogLine kExternalArc =
-    kSettings.info("setExternalArcSettings", "Set external arc settings");
+const LogLine kExternalArc = kSettings.info("setExternalArcSettings", "Set external arc settings");
 
 LogLine country(const std::string& before, const std::string& now)
 {
-    return kSettings.debug("setHwConfig",
-                           "Inside the hardwareConfig category countryTypeValueFromMap : " +
-                               before + " and newcountryTypeValue : " + now + " ");
+    return kSettings.debug(
+        "setHwConfig", "Inside the hardwareConfig category countryTypeValueFromMap : " + before +
+                           " and newcountryTypeValue : " + now + " ");
 }
 
 Lines copyright(const std::string& value)
 {
     return {driving("scms"),
-            kSettings.debug("setAlsaDriverSettings",
-                            "spdif security copyright value is " + value),
+            kSettings.debug("setAlsaDriverSettings", "spdif security copyright value is " + value),
             kDigital.debug("isValidCopyright", "Copyright value received is " + value)};
 }
 
@@ -302,8 +297,7 @@ LogLine qnState(const std::string& payload)
 
 LogLine eqStatus(const std::string& status)
 {
-    return kAmplifier.info("setEqualizerStatus",
-                           "Setting Amplifier EQ equalizerStatus " + status);
+    return kAmplifier.info("setEqualizerStatus", "Setting Amplifier EQ equalizerStatus " + status);
 }
 
 LogLine audioEq(const std::string& status)
@@ -428,8 +422,8 @@ protected:
         store().mQualityParamsMap = request.params;
         for (const std::string& what : request.refuse)
             refuse(what);
-        const std::string what = request.category + " " + request.payload +
-                                 testing::PrintToString(request.refuse);
+        const std::string what =
+            request.category + " " + request.payload + testing::PrintToString(request.refuse);
         EXPECT_EQ(set(request.category, request.payload), request.result) << what;
         Lines lines = {kDispatch.info("setSettings", "category " + request.category +
                                                          " Payload received is " +
@@ -438,8 +432,8 @@ protected:
         Texts list;
         if (request.result == kDone && stores(request.category)) {
             list.push_back(storedAs(request.category, request.payload));
-            lines.push_back(kSettings.info("storeSettings", "Store settings key for category " +
-                                                                request.category));
+            lines.push_back(kSettings.info("storeSettings",
+                                           "Store settings key for category " + request.category));
             lines.push_back(remembered(request.category, list.front()));
         }
         EXPECT_EQ(logLines(), lines) << what;
@@ -545,10 +539,13 @@ TEST_F(SettingsTest, ConfigurationGoesToTheStoreThenToTheFourAdapters)
         expect({category, payload, all({start, flattening, applied}), calls});
         EXPECT_THAT(store().mQualityParamsMap,
                     UnorderedElementsAre(Pair("equalizerStatus", "on"),
-                                         Pair("audioDescriptionVolume", "5"),
-                                         Pair("avSync", "on")))
+                                         Pair("audioDescriptionVolume", "5"), Pair("avSync", "on")))
             << category;
-        expect({category, payload, all({start, flattening, refused}), refusedCalls, kDone,
+        expect({category,
+                payload,
+                all({start, flattening, refused}),
+                refusedCalls,
+                kDone,
                 {"soundengine.setInstartAudioEQ", "amplifier.setAmpEQ",
                  "gain.setAudioDescriptionVolume", "delay.setUserDelay"}});
         expect({category, "{}", all({start, {gainSettings("{}")}})});
@@ -568,7 +565,8 @@ TEST_F(SettingsTest, TheDigitalModeIsReappliedForSoundOutputDigitalAlone)
                 kPcmTold});
     }
     const std::string two = R"({"soundOutputDigital":"x","soundMode":"y"})";
-    expect({"sound", two,
+    expect({"sound",
+            two,
             {configuring("sound"), flattened("soundOutputDigital", R"("x")"),
              flattened("soundMode", R"("y")"),
              kEngine.debug("setSoundModeSettings", "set setSoundMode successfully as y"),
@@ -576,20 +574,24 @@ TEST_F(SettingsTest, TheDigitalModeIsReappliedForSoundOutputDigitalAlone)
              kDelay.info("updateUserDelayValues", "delay values updated successfully")},
             {R"(soundengine.setSoundMode "y")", "delay.setDelayUpdate"}});
     const std::string oneOther = R"({"eq":"x"})";
-    expect({"sound", oneOther,
+    expect({"sound",
+            oneOther,
             {configuring("sound"), flattened("eq", R"("x")"), gainSettings(oneOther)}});
 
     const std::string alone = R"({"soundOutputDigital":"x"})";
     for (const auto& [element, told] :
          {std::pair{kOptic, kOpticRefused}, std::pair{kEarc, kEarcRefused}})
-        expect({"sound", alone,
-                all({{configuring("sound"), flattened("soundOutputDigital", R"("x")"),
-                      gainSettings(alone)},
-                     reapplied(element),
-                     {kSettings.refusal("SET_SOUNDOUTPUT_DIGITAL_ERROR",
-                                        "setQualityAttributeSettings",
-                                        "Failed to set soundOutputDigital as pcm")}}),
-                told, kFailed, {element}});
+        expect(
+            {"sound",
+             alone,
+             all({{configuring("sound"), flattened("soundOutputDigital", R"("x")"),
+                   gainSettings(alone)},
+                  reapplied(element),
+                  {kSettings.refusal("SET_SOUNDOUTPUT_DIGITAL_ERROR", "setQualityAttributeSettings",
+                                     "Failed to set soundOutputDigital as pcm")}}),
+             told,
+             kFailed,
+             {element}});
 }
 
 TEST_F(SettingsTest, TheNewModeIsInTheStoreWhenItIsApplied)
@@ -597,8 +599,8 @@ TEST_F(SettingsTest, TheNewModeIsInTheStoreWhenItIsApplied)
     state(State::output) = KEP_AUDIO_SPDIF;
     store().mQualityParamsMap["soundOutputDigital"] = "pcm";
     EXPECT_EQ(set("sound", R"({"soundOutputDigital":"auto"})"), kDone);
-    EXPECT_THAT(told(), ElementsAre("Sndout Spdif OutputType 2 2",
-                                    "Sndout EARC Outputtype 2 1 0 0 1"));
+    EXPECT_THAT(told(),
+                ElementsAre("Sndout Spdif OutputType 2 2", "Sndout EARC Outputtype 2 1 0 0 1"));
 }
 
 TEST_F(SettingsTest, TwoCategoriesAreRoutedToAHandlerThatRefusesThem)
@@ -619,24 +621,41 @@ TEST_F(SettingsTest, ACountryReappliesTheDigitalModeOnlyWhenItIsNew)
     expect({"hardwareConfig", payload, all({start, {country("", "JP")}, reapplied()}), kPcmTold});
     EXPECT_THAT(store().mQualityParamsMap,
                 UnorderedElementsAre(Pair("tv.hw.countryType", "JP"), Pair("tv.hw.soc", "5")));
-    expect({"hardwareConfig", payload, all({start, {country("EU", "JP")}, reapplied()}), kPcmTold,
-            kDone, {}, KEP_AUDIO_NO_OUTPUT, {{"tv.hw.countryType", "EU"}}});
-    expect({"hardwareConfig", payload, all({start, {country("JP", "JP")}}), {}, kDone, {},
-            KEP_AUDIO_NO_OUTPUT, {{"tv.hw.countryType", "JP"}}});
+    expect({"hardwareConfig",
+            payload,
+            all({start, {country("EU", "JP")}, reapplied()}),
+            kPcmTold,
+            kDone,
+            {},
+            KEP_AUDIO_NO_OUTPUT,
+            {{"tv.hw.countryType", "EU"}}});
+    expect({"hardwareConfig",
+            payload,
+            all({start, {country("JP", "JP")}}),
+            {},
+            kDone,
+            {},
+            KEP_AUDIO_NO_OUTPUT,
+            {{"tv.hw.countryType", "JP"}}});
     for (const auto& [element, told] :
          {std::pair{kOptic, kOpticRefused}, std::pair{kEarc, kEarcRefused}})
-        expect({"hardwareConfig", payload,
+        expect({"hardwareConfig",
+                payload,
                 all({start,
                      {country("", "JP")},
                      reapplied(element),
                      {kSettings.refusal("SET_SOUNDOUTPUT_DIGITAL_ERROR", "setHwConfig",
                                         "failed to set SoundOutput Digital pcm")}}),
-                told, kDone, {element}});
-    expect({"hardwareConfig", R"({"tv.hw.soc":5})",
+                told,
+                kDone,
+                {element}});
+    expect({"hardwareConfig",
+            R"({"tv.hw.soc":5})",
             {configuring("hardwareConfig"), kHardware, flattened("tv.hw.soc", "5")}});
     expect({"hardwareConfig", "{}", {configuring("hardwareConfig"), kHardware}});
     for (const char* nothing : {"[]", R"("JP")", "null", "5", "true"})
-        expect({"hardwareConfig", nothing, {configuring("hardwareConfig"), kHardware}, {}, kFailed});
+        expect(
+            {"hardwareConfig", nothing, {configuring("hardwareConfig"), kHardware}, {}, kFailed});
 }
 
 TEST_F(SettingsTest, ACountryThatIsNoTextIsAnEmptyOne)
@@ -647,8 +666,14 @@ TEST_F(SettingsTest, ACountryThatIsNoTextIsAnEmptyOne)
         const std::string payload = member("tv.hw.countryType", value);
         expect({"hardwareConfig", payload, all({start, {country("", "")}})});
         EXPECT_EQ(store().mQualityParamsMap["tv.hw.countryType"], value);
-        expect({"hardwareConfig", payload, all({start, {country("JP", "")}, reapplied()}), kPcmTold,
-                kDone, {}, KEP_AUDIO_NO_OUTPUT, {{"tv.hw.countryType", "JP"}}});
+        expect({"hardwareConfig",
+                payload,
+                all({start, {country("JP", "")}, reapplied()}),
+                kPcmTold,
+                kDone,
+                {},
+                KEP_AUDIO_NO_OUTPUT,
+                {{"tv.hw.countryType", "JP"}}});
     }
 }
 
@@ -681,8 +706,8 @@ protected:
 TEST_F(StartupConditions, EachConfigurationSetsItsOwn)
 {
     const std::vector<std::pair<const char*, Conditions>> rows = {
-        {"contiConfig", {true, false, false}},    {"hardwareConfig", {false, true, false}},
-        {"modelConfig", {false, false, true}},    {"sound", {false, false, false}},
+        {"contiConfig", {true, false, false}},      {"hardwareConfig", {false, true, false}},
+        {"modelConfig", {false, false, true}},      {"sound", {false, false, false}},
         {"groupCodeConfig", {false, false, false}}, {"zibConfig", {false, false, false}},
         {"smartSoundMode", {false, false, false}},
     };
@@ -742,8 +767,8 @@ protected:
         EXPECT_EQ(logLines()[2], flattened("a", R"("b")"));
         EXPECT_EQ(logLines()[3].origin, "keptvaudiosettings:setSoundSettings");
         EXPECT_THAT(logLines()[3].text, testing::StartsWith("Inside main Thread :: ID  = 0x"));
-        EXPECT_EQ(logLines()[4], kSettings.info("setSoundSettings",
-                                                "startXmlParsing thread is getting created"));
+        EXPECT_EQ(logLines()[4],
+                  kSettings.info("setSoundSettings", "startXmlParsing thread is getting created"));
         EXPECT_EQ(logLines()[5], gainSettings(R"({"a":"b"})"));
     }
 };
@@ -770,8 +795,8 @@ TEST_F(Launch, BySmartSoundModeOnceAllHold)
 
 TEST_F(Launch, NotWhileAConditionIsMissing)
 {
-    for (const Conditions& held :
-         {Conditions{false, true, true}, Conditions{true, false, true}, Conditions{true, true, false}})
+    for (const Conditions& held : {Conditions{false, true, true}, Conditions{true, false, true},
+                                   Conditions{true, true, false}})
         for (const char* category : {"sound", "smartSoundMode"}) {
             hold(held);
             EXPECT_EQ(set(category, "{}"), kDone);
@@ -791,12 +816,23 @@ TEST_F(SettingsTest, TheModeOfADigitalOutputIsReapplied)
             R"({"soundOutput":")" + std::string{output} + R"(","mode":"auto"})";
         const Lines start = {kDigitalSettings, kOutputMode};
         expect({"soundOutputMode", payload, all({start, reapplied()}), kPcmTold});
-        expect({"soundOutputMode", payload, all({start, reapplied(kOptic)}), kOpticRefused, kFailed,
+        expect({"soundOutputMode",
+                payload,
+                all({start, reapplied(kOptic)}),
+                kOpticRefused,
+                kFailed,
                 {kOptic}});
-        expect({"soundOutputMode", payload, all({start, reapplied(kEarc)}), kEarcRefused, kFailed,
+        expect({"soundOutputMode",
+                payload,
+                all({start, reapplied(kEarc)}),
+                kEarcRefused,
+                kFailed,
                 {kEarc}});
-        expect({"soundOutputMode", R"({"soundOutput":")" + std::string{output} + R"("})",
-                {kDigitalSettings, kOutputMode, kInvalidSoundOutput}, {}, kFailed});
+        expect({"soundOutputMode",
+                R"({"soundOutput":")" + std::string{output} + R"("})",
+                {kDigitalSettings, kOutputMode, kInvalidSoundOutput},
+                {},
+                kFailed});
         for (const char* mode : {"null", "5", "true", "[]", "{}"})
             expect({"soundOutputMode",
                     R"({"soundOutput":")" + std::string{output} + R"(","mode":)" + mode + "}",
@@ -811,10 +847,15 @@ TEST_F(SettingsTest, NoOtherOutputHasADigitalMode)
           R"("tv_speaker_external")", "5", "null", "true", "[]", R"({"a":1})"})
         expect({"soundOutputMode",
                 R"({"soundOutput":)" + std::string{output} + R"(,"mode":"auto"})",
-                {kDigitalSettings, kOutputMode, kInvalidSoundOutput}, {}, kFailed});
+                {kDigitalSettings, kOutputMode, kInvalidSoundOutput},
+                {},
+                kFailed});
     for (const char* payload : {R"({"mode":"auto"})", "{}", "[]", R"("SPDIF")", "null"})
-        expect({"soundOutputMode", payload, {kDigitalSettings, kOutputMode, kInvalidSoundOutput},
-                {}, kFailed});
+        expect({"soundOutputMode",
+                payload,
+                {kDigitalSettings, kOutputMode, kInvalidSoundOutput},
+                {},
+                kFailed});
 }
 
 TEST_F(SettingsTest, ForcedOutputIsReappliedOnlyWhenItChanges)
@@ -863,10 +904,18 @@ TEST_F(SettingsTest, TheMixerIsReappliedOnlyWhenItChanges)
     EXPECT_EQ(told(), kPcmTold);
     EXPECT_FALSE(state(State::mixer));
     expect({"setMixer", R"({"mix":false})", start});
-    expect({"setMixer", R"({"mix":true})", all({start, reapplied(kOptic)}), kOpticRefused, kFailed,
+    expect({"setMixer",
+            R"({"mix":true})",
+            all({start, reapplied(kOptic)}),
+            kOpticRefused,
+            kFailed,
             {kOptic}});
     EXPECT_TRUE(state(State::mixer));
-    expect({"setMixer", R"({"mix":true})", all({start, reapplied(kEarc)}), kEarcRefused, kFailed,
+    expect({"setMixer",
+            R"({"mix":true})",
+            all({start, reapplied(kEarc)}),
+            kEarcRefused,
+            kFailed,
             {kEarc}});
     expect({"setMixer", "{}", start, {}, kFailed});
     for (const char* value : {R"("true")", "null", "1", "[]", "{}"}) {
@@ -924,25 +973,31 @@ TEST_F(SettingsTest, ACopyrightIsWrittenForBothOutputs)
         const std::string write = "Sndout Spdif CopyProtectionInfo " + number + " " + number;
         const Lines lines = all({copyright(value), copyrightWritten(value, number)});
         expect({"scms", payload, lines, {write}});
-        expect({"scms", payload,
+        expect({"scms",
+                payload,
                 all({lines,
                      {refusedByDriver(),
                       kDigital.error("setSpdifSecurity",
                                      "Did not able to set the element: Sndout Spdif "
                                      "CopyProtectionInfo with copyright value as " +
                                          value)}}),
-                {write + " -> -5"}, kFailed, {"Sndout Spdif CopyProtectionInfo"}});
+                {write + " -> -5"},
+                kFailed,
+                {"Sndout Spdif CopyProtectionInfo"}});
     }
 }
 
 TEST_F(SettingsTest, AnInvalidCopyrightWritesNothing)
 {
     for (const char* value : {"unknown", "Never", "", "free "})
-        expect({"scms", R"({"copyright":")" + std::string{value} + R"("})", copyright(value), {},
+        expect({"scms",
+                R"({"copyright":")" + std::string{value} + R"("})",
+                copyright(value),
+                {},
                 kFailed});
-    for (const char* payload : {"{}", "[]", R"("free")", "null", R"({"copyright":1})",
-                                R"({"copyright":null})", R"({"copyright":true})",
-                                R"({"copyright":["free"]})", R"({"copyright":{"free":1}})"})
+    for (const char* payload :
+         {"{}", "[]", R"("free")", "null", R"({"copyright":1})", R"({"copyright":null})",
+          R"({"copyright":true})", R"({"copyright":["free"]})", R"({"copyright":{"free":1}})"})
         expect({"scms", payload, copyright(""), {}, kFailed});
 }
 
@@ -955,18 +1010,19 @@ TEST_F(SettingsTest, TheOttModeIsWrittenOnlyWhenThePairIsNew)
         return kDigital.info("setOTTAdecMode", "Setting OTT mode isOTTEnable " + ott +
                                                    " isATMOSLockingEnable " + lock);
     };
-    const LogLine same =
-        kSettings.info("setAlsaDriverSettings",
-                       "Not setting Adec Dolby OTTMode since OTTEnable values are same");
-    const LogLine failure = kDigital.error(
-        "setOTTAdecMode", "Did not able to set the element: Adec Dolby OTTMode");
+    const LogLine same = kSettings.info(
+        "setAlsaDriverSettings", "Not setting Adec Dolby OTTMode since OTTEnable values are same");
+    const LogLine failure =
+        kDigital.error("setOTTAdecMode", "Did not able to set the element: Adec Dolby OTTMode");
     const Texts refused = {"Adec Dolby OTTMode"};
     const LogLine start = driving("ottAdecMode");
     const std::string both = payload("true", "true");
     expect({"ottAdecMode", both, {start, setting("1", "1")}, {"Adec Dolby OTTMode 1 1"}});
     EXPECT_EQ(set("ottAdecMode", both), kDone);
     EXPECT_THAT(told(), IsEmpty());
-    expect({"ottAdecMode", payload("true", "false"), {start, setting("1", "0")},
+    expect({"ottAdecMode",
+            payload("true", "false"),
+            {start, setting("1", "0")},
             {"Adec Dolby OTTMode 1 0"}});
     EXPECT_EQ(set("ottAdecMode", both), kDone);
     EXPECT_THAT(told(), ElementsAre("Adec Dolby OTTMode 1 1"));
@@ -975,8 +1031,12 @@ TEST_F(SettingsTest, TheOttModeIsWrittenOnlyWhenThePairIsNew)
     EXPECT_EQ(set("ottAdecMode", payload("false", "false")), kDone);
     EXPECT_THAT(told(), ElementsAre("Adec Dolby OTTMode 0 0"));
     expect({"ottAdecMode", payload("false", "false"), {start, same}});
-    expect({"ottAdecMode", both, {start, setting("1", "1"), refusedByDriver(), failure},
-            {"Adec Dolby OTTMode 1 1 -> -5"}, kFailed, refused});
+    expect({"ottAdecMode",
+            both,
+            {start, setting("1", "1"), refusedByDriver(), failure},
+            {"Adec Dolby OTTMode 1 1 -> -5"},
+            kFailed,
+            refused});
     clearInjections(); // what was refused was not remembered
     EXPECT_EQ(set("ottAdecMode", both), kDone);
     EXPECT_THAT(told(), ElementsAre("Adec Dolby OTTMode 1 1"));
@@ -984,9 +1044,13 @@ TEST_F(SettingsTest, TheOttModeIsWrittenOnlyWhenThePairIsNew)
                                    R"({"isATMOSLockingEnable":true})"})
         expect({"ottAdecMode", incomplete, {start}, {}, kFailed});
     for (const char* value : {"null", R"("true")", "1", "[]", "{}"}) {
-        expect({"ottAdecMode", payload(value, "true"), {start, setting("0", "1")},
+        expect({"ottAdecMode",
+                payload(value, "true"),
+                {start, setting("0", "1")},
                 {"Adec Dolby OTTMode 0 1"}});
-        expect({"ottAdecMode", payload("true", value), {start, setting("1", "0")},
+        expect({"ottAdecMode",
+                payload("true", value),
+                {start, setting("1", "0")},
                 {"Adec Dolby OTTMode 1 0"}});
         expect({"ottAdecMode", payload(value, value), {start, same}});
     }
@@ -996,39 +1060,52 @@ TEST_F(SettingsTest, ThePowerStateReachesSoundBarAndLight)
 {
     const LogLine start = driving("powerState");
     const std::string light = R"({"powerState":"opticLightOn"})";
-    const LogLine lighting = kHeadphone.info(
-        "setOpticLightOnOff", "setOpticLightOnOff, power state is opticLightOn");
-    expect({"powerState", light,
+    const LogLine lighting =
+        kHeadphone.info("setOpticLightOnOff", "setOpticLightOnOff, power state is opticLightOn");
+    expect({"powerState",
+            light,
             {start, qnState(light), lighting,
              kHeadphone.info("setOpticLightOnOff", "Set SPDIF_LIGHT ON/OFF is success")},
-            {"Sndout Optic LightOnOff 1"}, kDone, {}, KEP_AUDIO_SPDIF});
-    expect({"powerState", light,
+            {"Sndout Optic LightOnOff 1"},
+            kDone,
+            {},
+            KEP_AUDIO_SPDIF});
+    expect({"powerState",
+            light,
             {start, qnState(light), lighting, refusedByDriver(),
              kHeadphone.refusal("CONTROL_ELEMENT_SET_ERROR", "setOpticLightOnOff",
                                 "Did not able to set the element: Sndout Optic LightOnOff")},
-            {"Sndout Optic LightOnOff 1 -> -5"}, kFailed, {"Sndout Optic LightOnOff"},
+            {"Sndout Optic LightOnOff 1 -> -5"},
+            kFailed,
+            {"Sndout Optic LightOnOff"},
             KEP_AUDIO_SPDIF});
     const std::string on = R"({"powerState":"on"})";
-    expect({"powerState", on,
+    expect({"powerState",
+            on,
             {start, qnState(on),
              kHeadphone.info("setPowerOnOffQNSoundSync",
                              "setPowerOnOffQNSoundSync, power state is on"),
              kHeadphone.info("setPowerOnOffQNSoundSync",
                              "SOUNDOUT_OPTICQN_POWER ON/OFF is not set, since QNSoundSync is not "
                              "current soundout")},
-            {}, kFailed});
+            {},
+            kFailed});
     const std::string unknown = R"({"powerState":"standby"})";
-    expect({"powerState", unknown,
+    expect({"powerState",
+            unknown,
             {start, qnState(unknown),
              kHeadphone.error("setQNSoundbarState", "Invalid power status: standby")},
-            {}, kFailed});
-    for (const char* nothing : {"{}", "[]", R"("on")", "null", R"({"powerState":1})",
-                                R"({"powerState":null})", R"({"powerState":true})",
-                                R"({"powerState":["on"]})", R"({"powerState":{"on":1}})"})
-        expect({"powerState", nothing,
+            {},
+            kFailed});
+    for (const char* nothing :
+         {"{}", "[]", R"("on")", "null", R"({"powerState":1})", R"({"powerState":null})",
+          R"({"powerState":true})", R"({"powerState":["on"]})", R"({"powerState":{"on":1}})"})
+        expect({"powerState",
+                nothing,
                 {start, qnState(nothing),
                  kHeadphone.error("setQNSoundbarState", "powerState key is not available")},
-                {}, kFailed});
+                {},
+                kFailed});
 }
 
 // --- The receiver behind ARC
@@ -1044,31 +1121,54 @@ TEST_F(SettingsTest, TheActivationSwitchesArcAndEarc)
         const std::string earc = "Sndout EARC OnOff " + row[2];
         const Lines lines = all({start, {switchingArc(row[1], row[2])}});
         expect({"external_arc", payload, lines, {arc, earc}});
-        expect({"external_arc", payload,
+        expect({"external_arc",
+                payload,
                 all({lines,
                      {refusedByDriver(),
                       kDigital.error("setArcOnOff", "In setSoundOutArc : Did not able to set the "
                                                     "element: Sndout ARC OnOff with status " +
                                                         row[1])}}),
-                {arc + " -> -5"}, kFailed, {"Sndout ARC OnOff"}});
-        expect({"external_arc", payload,
+                {arc + " -> -5"},
+                kFailed,
+                {"Sndout ARC OnOff"}});
+        expect({"external_arc",
+                payload,
                 all({lines,
                      {refusedByDriver(),
                       kDigital.error("setArcOnOff", "In setSoundOuteArc : Did not able to set the "
                                                     "element: Sndout EARC OnOff with status " +
                                                         row[2])}}),
-                {arc, earc + " -> -5"}, kFailed, {"Sndout EARC OnOff"}});
+                {arc, earc + " -> -5"},
+                kFailed,
+                {"Sndout EARC OnOff"}});
     }
-    for (const char* nothing :
-         {"{}", "[]", R"("ARC")", "null", "5", R"({"arcActivation":"arc"})",
-          R"({"arcActivation":""})", R"({"arcActivation":1})", R"({"arcActivation":null})",
-          R"({"arcActivation":true})", R"({"arcActivation":["ARC"]})",
-          R"({"arcActivation":{"ARC":1}})", R"({"arcProfile":1})", R"({"arcProfile":null})",
-          R"({"arcProfile":true})", R"({"arcProfile":["ATMOS"]})", R"({"arcProfile":{}})",
-          R"({"earcCapability":"DD"})", R"({"earcCapability":null})", R"({"earcCapability":1})",
-          R"({"earcCapability":true})", R"({"earcCapability":{"DD":1}})", R"({"earcATMOS":"true"})",
-          R"({"earcATMOS":null})", R"({"earcATMOS":1})", R"({"earcATMOS":[true]})",
-          R"({"earcATMOS":{}})"}) {
+    for (const char* nothing : {"{}",
+                                "[]",
+                                R"("ARC")",
+                                "null",
+                                "5",
+                                R"({"arcActivation":"arc"})",
+                                R"({"arcActivation":""})",
+                                R"({"arcActivation":1})",
+                                R"({"arcActivation":null})",
+                                R"({"arcActivation":true})",
+                                R"({"arcActivation":["ARC"]})",
+                                R"({"arcActivation":{"ARC":1}})",
+                                R"({"arcProfile":1})",
+                                R"({"arcProfile":null})",
+                                R"({"arcProfile":true})",
+                                R"({"arcProfile":["ATMOS"]})",
+                                R"({"arcProfile":{}})",
+                                R"({"earcCapability":"DD"})",
+                                R"({"earcCapability":null})",
+                                R"({"earcCapability":1})",
+                                R"({"earcCapability":true})",
+                                R"({"earcCapability":{"DD":1}})",
+                                R"({"earcATMOS":"true"})",
+                                R"({"earcATMOS":null})",
+                                R"({"earcATMOS":1})",
+                                R"({"earcATMOS":[true]})",
+                                R"({"earcATMOS":{}})"}) {
         expect({"external_arc", nothing, start});
         EXPECT_THAT(store().mQualityParamsMap, IsEmpty()) << nothing;
     }
@@ -1086,17 +1186,19 @@ TEST_F(SettingsTest, AProfileIsReappliedWhenItIsNewAndTurnsTheEncoderInEveryCase
     EXPECT_THAT(told(), ElementsAre("Sndout ARC OnOff 1", "Sndout EARC OnOff 0",
                                     "Sndout eAC3 ATMOS Encode OnOff 1"));
     EXPECT_EQ(set("external_arc", R"({"arcProfile":"EAC3","arcActivation":"ARC"})"), kDone);
-    EXPECT_THAT(told(),
-                ElementsAre("Sndout ARC OnOff 1", "Sndout EARC OnOff 0", kPcmTold[0], kPcmTold[1],
-                            "Sndout eAC3 ATMOS Encode OnOff 0"));
+    EXPECT_THAT(told(), ElementsAre("Sndout ARC OnOff 1", "Sndout EARC OnOff 0", kPcmTold[0],
+                                    kPcmTold[1], "Sndout eAC3 ATMOS Encode OnOff 0"));
     EXPECT_EQ(state(State::profile), "EAC3");
     EXPECT_EQ(set("external_arc", R"({"arcProfile":""})"), kDone); // empty, but new
     EXPECT_EQ(told(), kPcmTold);
     expect({"external_arc", R"({"arcProfile":""})", all({start, {atmosByProfile("", "")}})});
     for (const auto& [element, told] :
          {std::pair{kOptic, kOpticRefused}, std::pair{kEarc, kEarcRefused}}) {
-        expect({"external_arc", alone,
-                all({start, reapplied(element), {atmosByProfile("ATMOS", "")}}), told, kFailed,
+        expect({"external_arc",
+                alone,
+                all({start, reapplied(element), {atmosByProfile("ATMOS", "")}}),
+                told,
+                kFailed,
                 {element}});
         EXPECT_EQ(state(State::profile), "ATMOS");
     }
@@ -1112,11 +1214,17 @@ TEST_F(SettingsTest, TheCapabilityIsTakenOverAppliedAndFlattened)
     EXPECT_EQ(state(State::capability).stringify(), R"(["DD","DD+"])");
     EXPECT_THAT(store().mQualityParamsMap,
                 UnorderedElementsAre(Pair("earcCapability", R"(["DD","DD+"])"), Pair("x", "y")));
-    expect({"external_arc", payload, all({start, earcReapplied(kEarc), flattening}),
-            {kEarcRefused[1]}, kFailed, {kEarc}});
+    expect({"external_arc",
+            payload,
+            all({start, earcReapplied(kEarc), flattening}),
+            {kEarcRefused[1]},
+            kFailed,
+            {kEarc}});
     EXPECT_THAT(store().mQualityParamsMap, SizeIs(2));
-    expect({"external_arc", R"({"earcCapability":[]})",
-            all({start, earcReapplied(), {flattened("earcCapability", "[]")}}), {kPcmTold[1]}});
+    expect({"external_arc",
+            R"({"earcCapability":[]})",
+            all({start, earcReapplied(), {flattened("earcCapability", "[]")}}),
+            {kPcmTold[1]}});
 }
 
 TEST_F(SettingsTest, EarcAtmosTurnsTheEncoderOnlyWhileEarcIsActivated)
@@ -1133,17 +1241,20 @@ TEST_F(SettingsTest, EarcAtmosTurnsTheEncoderOnlyWhileEarcIsActivated)
         const Lines lines = all({earc, {atmosByEarc(on, "eARC"), encodingAtmos(on)}});
         expect({"external_arc", payload, lines, {switched[0], switched[1], write}});
         // A refused encoder is no failure.
-        expect({"external_arc", payload,
+        expect({"external_arc",
+                payload,
                 all({lines,
                      {refusedByDriver(),
                       kDigital.error("setAtmosEncode",
                                      "In setAtmosEncode : Did not able to set the element with "
                                      "atmos value " +
                                          on)}}),
-                {switched[0], switched[1], write + " -> -5"}, kDone,
+                {switched[0], switched[1], write + " -> -5"},
+                kDone,
                 {"Sndout eAC3 ATMOS Encode OnOff"}});
     }
-    expect({"external_arc", R"({"arcActivation":"ARC","earcATMOS":true})",
+    expect({"external_arc",
+            R"({"arcActivation":"ARC","earcATMOS":true})",
             all({start, {switchingArc("1", "0"), atmosByEarc("1", "ARC")}}),
             {"Sndout ARC OnOff 1", "Sndout EARC OnOff 0"}});
 }
@@ -1152,8 +1263,9 @@ TEST_F(SettingsTest, AFailedStepForTheReceiverDoesNotStopTheNext)
 {
     const std::string payload = R"({"earcATMOS":true,"earcCapability":["DD"],"arcProfile":"EAC3",)"
                                 R"("arcActivation":"eARC"})";
-    const Texts good = {"Sndout ARC OnOff 0", "Sndout EARC OnOff 1", kPcmTold[0], kPcmTold[1],
-                        kPcmTold[1], "Sndout eAC3 ATMOS Encode OnOff 1"};
+    const Texts good = {"Sndout ARC OnOff 0", "Sndout EARC OnOff 1",
+                        kPcmTold[0],          kPcmTold[1],
+                        kPcmTold[1],          "Sndout eAC3 ATMOS Encode OnOff 1"};
     for (unsigned int failing = 0; failing <= good.size(); ++failing) {
         restart();
         Texts expected = good;
@@ -1162,7 +1274,7 @@ TEST_F(SettingsTest, AFailedStepForTheReceiverDoesNotStopTheNext)
             expected[failing] += " -> -5";
         }
         if (failing == 0)
-            expected.erase(expected.begin() + 1); // eARC is left alone
+            expected.erase(expected.begin() + 1);     // eARC is left alone
         const bool done = failing >= good.size() - 1; // the encoder reports none
         EXPECT_EQ(set("external_arc", payload), done ? kDone : kFailed) << failing;
         EXPECT_EQ(told(), expected) << failing;
@@ -1185,22 +1297,30 @@ TEST_F(SettingsTest, TheEqualizerIsSetInAmplifierThenSoundEngine)
         const std::string payload = R"({"status":")" + std::string{status} + R"("})";
         const std::string amplifier = "amplifier.setAmpEQ " + std::string{on};
         const std::string sound = "soundengine.setInstartAudioEQ " + std::string{on};
-        const LogLine amplifierRefused =
-            kAmplifier.error("setEqualizerStatus",
-                             "Failed to set amplifier equalizer as " + std::string{status});
+        const LogLine amplifierRefused = kAmplifier.error(
+            "setEqualizerStatus", "Failed to set amplifier equalizer as " + std::string{status});
         const LogLine soundRefused = kEngine.error(
             "setEqualizerStatus", "Failed to set audio equalizer as " + std::string{status});
         const LogLine start = engine("audioEQ");
-        expect({"audioEQ", payload, {start, eqStatus(status), audioEq(status)},
-                {amplifier, sound}});
-        expect({"audioEQ", payload,
+        expect(
+            {"audioEQ", payload, {start, eqStatus(status), audioEq(status)}, {amplifier, sound}});
+        expect({"audioEQ",
+                payload,
                 {start, eqStatus(status), amplifierRefused, audioEq(status)},
-                {amplifier + " -> 7", sound}, kFailed, {"amplifier.setAmpEQ"}});
-        expect({"audioEQ", payload, {start, eqStatus(status), audioEq(status), soundRefused},
-                {amplifier, sound + " -> 7"}, kFailed, {"soundengine.setInstartAudioEQ"}});
-        expect({"audioEQ", payload,
+                {amplifier + " -> 7", sound},
+                kFailed,
+                {"amplifier.setAmpEQ"}});
+        expect({"audioEQ",
+                payload,
+                {start, eqStatus(status), audioEq(status), soundRefused},
+                {amplifier, sound + " -> 7"},
+                kFailed,
+                {"soundengine.setInstartAudioEQ"}});
+        expect({"audioEQ",
+                payload,
                 {start, eqStatus(status), amplifierRefused, audioEq(status), soundRefused},
-                {amplifier + " -> 7", sound + " -> 7"}, kFailed,
+                {amplifier + " -> 7", sound + " -> 7"},
+                kFailed,
                 {"amplifier.setAmpEQ", "soundengine.setInstartAudioEQ"}});
     }
 }
@@ -1214,11 +1334,15 @@ TEST_F(SettingsTest, TheSoundEngineIsSwitched)
                              kEngine.info("setSoundEngineStatus",
                                           "Setting Instart SoundEngine " + std::string{status})};
         expect({"soundEngine", payload, lines, {call}});
-        expect({"soundEngine", payload,
-                all({lines,
-                     {kEngine.error("setSoundEngineStatus", "Failed to set sound engine status as " +
-                                                                std::string{status})}}),
-                {call + " -> 7"}, kFailed, {"soundengine.setInstartSoundEngine"}});
+        expect(
+            {"soundEngine",
+             payload,
+             all({lines,
+                  {kEngine.error("setSoundEngineStatus",
+                                 "Failed to set sound engine status as " + std::string{status})}}),
+             {call + " -> 7"},
+             kFailed,
+             {"soundengine.setInstartSoundEngine"}});
     }
 }
 
@@ -1232,52 +1356,67 @@ TEST_F(SettingsTest, AStatusIsExactlyOnOrOff)
     for (const Row& row : {Row{"audioEQ", "setEqualizerSettings", "setEqualizerStatus"},
                            Row{"soundEngine", "setSoundEngineStatus", "soundEngineStatus"}}) {
         const auto invalid = [&](const std::string& status) {
-            return kSettings.error(row.handler, "Invalid status " + status + " for setting " +
-                                                    row.subject);
+            return kSettings.error(row.handler,
+                                   "Invalid status " + status + " for setting " + row.subject);
         };
         for (const char* status : {"On", "OFF", "", "on ", "true"})
-            expect({row.category, R"({"status":")" + std::string{status} + R"("})",
-                    {engine(row.category), invalid(status)}, {}, kFailed});
+            expect({row.category,
+                    R"({"status":")" + std::string{status} + R"("})",
+                    {engine(row.category), invalid(status)},
+                    {},
+                    kFailed});
         for (const char* status : {"true", "null", "1", R"(["on"])", R"({"on":1})"})
-            expect({row.category, member("status", status), {engine(row.category), invalid("")}, {},
+            expect({row.category,
+                    member("status", status),
+                    {engine(row.category), invalid("")},
+                    {},
                     kFailed});
         for (const char* nothing : {"{}", "[]", R"("on")", "null", R"({"Status":"on"})"})
-            expect({row.category, nothing,
+            expect({row.category,
+                    nothing,
                     {engine(row.category),
                      kSettings.error(row.handler, "status value not present for " +
                                                       std::string{row.category} + " category")},
-                    {}, kFailed});
+                    {},
+                    kFailed});
     }
 }
 
 TEST_F(SettingsTest, MagicSpaceSoundIsPassedOn)
 {
     const auto start = [](const std::string& payload) {
-        return Lines{engine("magicSpaceSound"),
-                     kEngine.info("setMagicSpaceSound", "Setting MagicSpace SoundParams " + payload)};
+        return Lines{
+            engine("magicSpaceSound"),
+            kEngine.info("setMagicSpaceSound", "Setting MagicSpace SoundParams " + payload)};
     };
     const std::string payload = R"({"soundSettingValues":[1,2.9,"x"]})";
-    expect({"magicSpaceSound", payload,
+    expect({"magicSpaceSound",
+            payload,
             all({start(payload),
                  {kEngine.debug("setMagicSpaceSound", "set magic space sound successfully")}}),
             {"soundengine.setMagicSpaceSoundParams [1,2,0] 3"}});
-    expect({"magicSpaceSound", payload,
+    expect({"magicSpaceSound",
+            payload,
             all({start(payload),
                  {kEngine.error("setMagicSpaceSound", "Failed to set magic space sound")}}),
-            {"soundengine.setMagicSpaceSoundParams [1,2,0] 3 -> 7"}, kFailed,
+            {"soundengine.setMagicSpaceSoundParams [1,2,0] 3 -> 7"},
+            kFailed,
             {"soundengine.setMagicSpaceSoundParams"}});
     for (const char* value : {"5", "null", "true", R"("x")", "{}", "[]"}) {
         const std::string empty = member("soundSettingValues", value);
-        expect({"magicSpaceSound", empty,
+        expect({"magicSpaceSound",
+                empty,
                 all({start(empty),
                      {kEngine.debug("setMagicSpaceSound", "set magic space sound successfully")}}),
                 {"soundengine.setMagicSpaceSoundParams [] 0"}});
     }
     for (const char* nothing : {"{}", "[1]", R"("x")", "null"})
-        expect({"magicSpaceSound", nothing,
+        expect({"magicSpaceSound",
+                nothing,
                 all({start(nothing),
                      {kEngine.error("setMagicSpaceSound", "No values to set magic space sound")}}),
-                {}, kFailed});
+                {},
+                kFailed});
 }
 
 TEST_F(SettingsTest, DolbyAtmosIsOnForOnAlone)
@@ -1286,15 +1425,18 @@ TEST_F(SettingsTest, DolbyAtmosIsOnForOnAlone)
          {std::pair{"on", "true"}, {"off", "false"}, {"On", "false"}, {"", "false"}}) {
         const std::string payload = R"({"atmosState":")" + std::string{text} + R"("})";
         const std::string call = "soundengine.setDolbyAtmos " + std::string{on};
-        const Lines lines = {engine("dolbyAtmos"),
-                             kEngine.info("setDolbyAtmos",
-                                          "Setting Dolby Atmos State " + std::string{text})};
+        const Lines lines = {
+            engine("dolbyAtmos"),
+            kEngine.info("setDolbyAtmos", "Setting Dolby Atmos State " + std::string{text})};
         expect({"dolbyAtmos", payload, lines, {call}});
-        expect({"dolbyAtmos", payload,
+        expect({"dolbyAtmos",
+                payload,
                 all({lines,
                      {kEngine.error("setDolbyAtmos",
                                     "Failed to set Dolby Atmos as " + std::string{text})}}),
-                {call + " -> 7"}, kFailed, {"soundengine.setDolbyAtmos"}});
+                {call + " -> 7"},
+                kFailed,
+                {"soundengine.setDolbyAtmos"}});
     }
     for (const char* nothing :
          {"{}", "[]", R"("on")", "null", R"({"atmosState":true})", R"({"atmosState":null})",
@@ -1311,15 +1453,18 @@ TEST_F(SettingsTest, ForcedDolbyAtmosNeedsItsKeyAlone)
             engine("forcedDolbyAtmos"),
             kEngine.info("setForcedDolbyAtmos", "setForcedDolbyAtmos " + std::string{on})};
         expect({"forcedDolbyAtmos", payload, lines, {call}});
-        expect({"forcedDolbyAtmos", payload,
+        expect({"forcedDolbyAtmos",
+                payload,
                 all({lines,
                      {kEngine.error("setForcedDolbyAtmos",
                                     "Failed to set forced Dolby Atmos as " + std::string{on})}}),
-                {call + " -> 7"}, kFailed, {"soundengine.setForcedDolbyAtmos"}});
+                {call + " -> 7"},
+                kFailed,
+                {"soundengine.setForcedDolbyAtmos"}});
     }
     for (const char* value : {R"("true")", "null", "1", "[]", "{}"})
-        expect({"forcedDolbyAtmos", member("forcedDolbyAtmos", value),
-                {engine("forcedDolbyAtmos")}});
+        expect(
+            {"forcedDolbyAtmos", member("forcedDolbyAtmos", value), {engine("forcedDolbyAtmos")}});
     for (const char* nothing : {"{}", "[]", R"("forcedDolbyAtmos")", "null"})
         expect({"forcedDolbyAtmos", nothing, {engine("forcedDolbyAtmos")}, {}, kFailed});
 }
@@ -1334,40 +1479,48 @@ TEST_F(SettingsTest, TheAmplifierTypeIsUpdated)
     const LogLine start = amplifying("amplifier", payload);
     const LogLine parsing =
         kAmplifier.info("initAmplifierAttributes", "Parsing amplifier values from xml");
-    expect({"amplifier", payload,
+    expect({"amplifier",
+            payload,
             {start, parsing,
              kSettings.debug("setAmplifierSettings", "successfully updated amplifier type")},
             {registered, "amplifier.setAmplifierInit"}});
     EXPECT_THAT(store().mQualityParamsMap, ElementsAre(Pair("tv.model.ampChipType", "X1")));
     const LogLine failed =
         kAmplifier.error("updateAmplifierType", "Failed to init amplifier attributes");
-    expect({"amplifier", payload,
+    expect({"amplifier",
+            payload,
             {start, parsing,
              kAmplifier.error("initAmplifierAttributes", "Failed to register quality parameters"),
              failed},
-            {registered + " -> 7", "amplifier.setAmplifierInit"}, kFailed,
+            {registered + " -> 7", "amplifier.setAmplifierInit"},
+            kFailed,
             {"amplifier.registerQualityParams"}});
-    expect({"amplifier", payload,
-            {start, parsing,
-             kAmplifier.error("initAmplifierAttributes",
-                              "Failed to initilize amplifier Middle ware"),
-             failed},
-            {registered, "amplifier.setAmplifierInit -> 7"}, kFailed,
-            {"amplifier.setAmplifierInit"}});
+    expect(
+        {"amplifier",
+         payload,
+         {start, parsing,
+          kAmplifier.error("initAmplifierAttributes", "Failed to initilize amplifier Middle ware"),
+          failed},
+         {registered, "amplifier.setAmplifierInit -> 7"},
+         kFailed,
+         {"amplifier.setAmplifierInit"}});
     for (const char* value : {"null", "true", "5", "[]", "{}"}) {
         const std::string other = member("tv.model.ampChipType", value);
-        expect({"amplifier", other,
+        expect({"amplifier",
+                other,
                 {amplifying("amplifier", other), parsing,
                  kSettings.debug("setAmplifierSettings", "successfully updated amplifier type")},
                 {R"(amplifier.registerQualityParams {"tv.model.ampChipType":""})",
                  "amplifier.setAmplifierInit"}});
     }
     for (const char* nothing : {"{}", "[]", R"("X1")", "null"})
-        expect({"amplifier", nothing,
+        expect({"amplifier",
+                nothing,
                 {amplifying("amplifier", nothing),
                  kAmplifier.refusal("INVALID_PARAMETER", "updateAmplifierType",
                                     "tv.model.ampChipType is not available")},
-                {}, kFailed});
+                {},
+                kFailed});
 }
 
 TEST_F(SettingsTest, ResumeAndSuspendDoNotReadTheirPayload)
@@ -1381,18 +1534,26 @@ TEST_F(SettingsTest, ResumeAndSuspendDoNotReadTheirPayload)
         const LogLine suspend = amplifying("prepareAmplifierSuspend", payload);
         expect({"prepareResume", payload, {resume, resuming}, {"amplifier.setAmpResume"}});
         EXPECT_TRUE(state(State::prepareResume)) << payload;
-        expect({"prepareResume", payload,
+        expect({"prepareResume",
+                payload,
                 {resume, resuming,
                  kAmplifier.error("setAmplifierResume", "Amp Resume call is failed")},
-                {"amplifier.setAmpResume -> 7"}, kFailed, {"amplifier.setAmpResume"}});
+                {"amplifier.setAmpResume -> 7"},
+                kFailed,
+                {"amplifier.setAmpResume"}});
         EXPECT_TRUE(state(State::prepareResume)) << payload;
-        expect({"prepareAmplifierSuspend", payload, {suspend, suspending},
+        expect({"prepareAmplifierSuspend",
+                payload,
+                {suspend, suspending},
                 {"amplifier.setAmpSuspend"}});
         EXPECT_FALSE(state(State::prepareResume)) << payload;
-        expect({"prepareAmplifierSuspend", payload,
+        expect({"prepareAmplifierSuspend",
+                payload,
                 {suspend, suspending,
                  kAmplifier.error("setAmplifierSuspend", "failed to call setAmpSuspend function")},
-                {"amplifier.setAmpSuspend -> 7"}, kFailed, {"amplifier.setAmpSuspend"}});
+                {"amplifier.setAmpSuspend -> 7"},
+                kFailed,
+                {"amplifier.setAmpSuspend"}});
     }
 }
 
@@ -1402,23 +1563,33 @@ TEST_F(SettingsTest, TheAmplifierStateIsPassedOn)
     const std::string payload = R"({"ampType":"main","status":"on"})";
     const Lines lines = {amplifying("amplifierState", payload), called};
     expect({"amplifierState", payload, lines, {R"(amplifier.setAmpOnOff "main" "on")"}});
-    expect({"amplifierState", payload,
+    expect({"amplifierState",
+            payload,
             all({lines,
                  {kAmplifier.error("setAmplifierState", "Failed to set amplifier state for "
                                                         "amplifier Type: main, Status: on ")}}),
-            {R"(amplifier.setAmpOnOff "main" "on" -> 7)"}, kFailed, {"amplifier.setAmpOnOff"}});
+            {R"(amplifier.setAmpOnOff "main" "on" -> 7)"},
+            kFailed,
+            {"amplifier.setAmpOnOff"}});
     for (const char* value : {"null", "true", "5", "[]", "{}"}) {
         const std::string type = R"({"ampType":)" + std::string{value} + R"(,"status":"on"})";
-        expect({"amplifierState", type, {amplifying("amplifierState", type), called},
+        expect({"amplifierState",
+                type,
+                {amplifying("amplifierState", type), called},
                 {R"(amplifier.setAmpOnOff "" "on")"}});
         const std::string status = R"({"ampType":"main","status":)" + std::string{value} + "}";
-        expect({"amplifierState", status, {amplifying("amplifierState", status), called},
+        expect({"amplifierState",
+                status,
+                {amplifying("amplifierState", status), called},
                 {R"(amplifier.setAmpOnOff "main" "")"}});
     }
     for (const char* incomplete :
          {"{}", "[]", R"("on")", "null", R"({"ampType":"main"})", R"({"status":"on"})"})
-        expect({"amplifierState", incomplete, {amplifying("amplifierState", incomplete), called},
-                {}, kFailed});
+        expect({"amplifierState",
+                incomplete,
+                {amplifying("amplifierState", incomplete), called},
+                {},
+                kFailed});
 }
 
 struct Member {
@@ -1427,8 +1598,9 @@ struct Member {
     bool number;
 };
 constexpr Member kI2cMembers[] = {
-    {"slaveAddress", R"("0x54")", false}, {"portNumber", "3", true}, {"address", R"("0x10")", false},
-    {"numberOfByte", "1", true},          {"sizeOfArray", "2", true}, {"data", R"(["a","b"])", false},
+    {"slaveAddress", R"("0x54")", false}, {"portNumber", "3", true},
+    {"address", R"("0x10")", false},      {"numberOfByte", "1", true},
+    {"sizeOfArray", "2", true},           {"data", R"(["a","b"])", false},
 };
 
 /// The register request with one value replaced, or left out when that is "".
@@ -1447,7 +1619,9 @@ std::string i2cCall(const std::string& changed = "none")
 {
     std::string text = "amplifier.writeI2cDataToAmp";
     for (const Member& row : kI2cMembers) {
-        const std::string nothing = row.number ? "0" : std::string{row.key} == "data" ? "[]" : R"("")";
+        const std::string nothing = row.number                       ? "0"
+                                    : std::string{row.key} == "data" ? "[]"
+                                                                     : R"("")";
         text += " " + (row.key == changed ? nothing : row.value);
     }
     return text;
@@ -1464,16 +1638,20 @@ TEST_F(SettingsTest, RegistersAreWritten)
     };
     const std::string payload = i2cRequest();
     expect({"writeI2cDataToAmplifier", payload, lines(payload), {i2cCall()}});
-    expect({"writeI2cDataToAmplifier", payload,
+    expect({"writeI2cDataToAmplifier",
+            payload,
             all({lines(payload),
                  {kAmplifier.error("writeI2cDataToAmplifier",
                                    "Failed to write I2c Data to Amplifier IC  slaveAddress: 0x54, "
                                    "address: 0x10 ")}}),
-            {i2cCall() + " -> 7"}, kFailed, {"amplifier.writeI2cDataToAmp"}});
+            {i2cCall() + " -> 7"},
+            kFailed,
+            {"amplifier.writeI2cDataToAmp"}});
     const auto missing = [](const std::string& given) {
-        return Lines{amplifying("writeI2cDataToAmplifier", given),
-                     kAmplifier.refusal("ERROR_LOG", "writeI2cDataToAmplifier",
-                                        "writeI2cDataToAmplifier: amplifierObject value not received")};
+        return Lines{
+            amplifying("writeI2cDataToAmplifier", given),
+            kAmplifier.refusal("ERROR_LOG", "writeI2cDataToAmplifier",
+                               "writeI2cDataToAmplifier: amplifierObject value not received")};
     };
     for (const Member& row : kI2cMembers) {
         const std::string without = i2cRequest(row.key, "");
@@ -1499,18 +1677,23 @@ TEST_F(SettingsTest, TheCorrectionIsAnInteger)
             delaying("audioVideoSync"),
             kDelay.info("setAudioVideoSync", "Request to set AudioVideoSync value as " + number)};
         expect({"audioVideoSync", payload, lines, {call}});
-        expect({"audioVideoSync", payload,
+        expect({"audioVideoSync",
+                payload,
                 all({lines,
                      {kDelay.error("setAudioVideoSync",
                                    "Failed to set AudioVideoSync value as " + number)}}),
-                {call + " -> 7"}, kFailed, {"delay.setFactoryDelay"}});
+                {call + " -> 7"},
+                kFailed,
+                {"delay.setFactoryDelay"}});
     }
     for (const char* nothing : {"{}", "[10]", R"("x")", "null"})
-        expect({"audioVideoSync", nothing,
+        expect({"audioVideoSync",
+                nothing,
                 {delaying("audioVideoSync"),
                  kSettings.error("setDelaySettings",
                                  "status value not present for audioVideoSync category")},
-                {}, kFailed});
+                {},
+                kFailed});
 }
 
 TEST_F(SettingsTest, TheOffsetDelayIsPassedOn)
@@ -1521,23 +1704,29 @@ TEST_F(SettingsTest, TheOffsetDelayIsPassedOn)
     };
     const std::string good = payload("40", R"("add")");
     const Lines start = {delaying("offsetDelay"), requested};
-    expect({"offsetDelay", good,
+    expect({"offsetDelay",
+            good,
             all({start, {kDelay.debug("setOffsetDelay", "set offset delay value 40 for add")}}),
             {R"(delay.setOffSetDelay 40 "add")"}});
-    expect({"offsetDelay", good,
+    expect({"offsetDelay",
+            good,
             all({start,
                  {kDelay.error("setOffsetDelay", "Failed to set offset delay value 40 for add")}}),
-            {R"(delay.setOffSetDelay 40 "add" -> 7)"}, kFailed, {"delay.setOffSetDelay"}});
+            {R"(delay.setOffSetDelay 40 "add" -> 7)"},
+            kFailed,
+            {"delay.setOffSetDelay"}});
     for (const NumberConversion& row : kNumberConversions) {
         const std::string number = std::to_string(row.number);
-        expect({"offsetDelay", payload(row.json, R"("add")"),
+        expect({"offsetDelay",
+                payload(row.json, R"("add")"),
                 all({start,
                      {kDelay.debug("setOffsetDelay",
                                    "set offset delay value " + number + " for add")}}),
                 {"delay.setOffSetDelay " + number + R"( "add")"}});
     }
     for (const char* type : {"null", "true", "5", "[]", "{}"})
-        expect({"offsetDelay", payload("40", type),
+        expect({"offsetDelay",
+                payload("40", type),
                 all({start, {kDelay.debug("setOffsetDelay", "set offset delay value 40 for ")}}),
                 {R"(delay.setOffSetDelay 40 "")"}});
     for (const char* nothing :
@@ -1552,28 +1741,49 @@ TEST_F(SettingsTest, ANewPictureLevelUpdatesTheDelays)
     const Lines updated = {
         kSettings.debug("setPictureSettings", "Updated memcDelayLevel Value received = low"),
         kDelay.info("updateDelayValues", "calling setDelayUpdate")};
-    const Lines refused = {
-        kDelay.error("updateDelayValues", "Failed to update delay values"),
-        kSettings.refusal("DELAY_MIDDLEWARE_ERROR", "setPictureSettings",
-                          "Failed to update delay value to middleware")};
+    const Lines refused = {kDelay.error("updateDelayValues", "Failed to update delay values"),
+                           kSettings.refusal("DELAY_MIDDLEWARE_ERROR", "setPictureSettings",
+                                             "Failed to update delay value to middleware")};
     const LogLine added = flattened("memcDelayLevel", R"("low")");
     expect({"picture", payload, all({start, {added}, updated}), {"delay.setDelayUpdate"}});
     EXPECT_THAT(store().mQualityParamsMap, ElementsAre(Pair("memcDelayLevel", "low")));
-    expect({"picture", payload, all({start, {added}, updated, refused}),
-            {"delay.setDelayUpdate -> 7"}, kFailed, {"delay.setDelayUpdate"}});
+    expect({"picture",
+            payload,
+            all({start, {added}, updated, refused}),
+            {"delay.setDelayUpdate -> 7"},
+            kFailed,
+            {"delay.setDelayUpdate"}});
     EXPECT_THAT(store().mQualityParamsMap, ElementsAre(Pair("memcDelayLevel", "low")));
-    expect({"picture", payload, all({start, updated}), {"delay.setDelayUpdate"}, kDone, {},
-            KEP_AUDIO_NO_OUTPUT, {{"memcDelayLevel", "high"}}});
+    expect({"picture",
+            payload,
+            all({start, updated}),
+            {"delay.setDelayUpdate"},
+            kDone,
+            {},
+            KEP_AUDIO_NO_OUTPUT,
+            {{"memcDelayLevel", "high"}}});
     EXPECT_THAT(store().mQualityParamsMap, ElementsAre(Pair("memcDelayLevel", "low")));
-    expect({"picture", payload, all({start, updated, refused}), {"delay.setDelayUpdate -> 7"},
-            kFailed, {"delay.setDelayUpdate"}, KEP_AUDIO_NO_OUTPUT, {{"memcDelayLevel", "high"}}});
-    expect({"picture", payload,
+    expect({"picture",
+            payload,
+            all({start, updated, refused}),
+            {"delay.setDelayUpdate -> 7"},
+            kFailed,
+            {"delay.setDelayUpdate"},
+            KEP_AUDIO_NO_OUTPUT,
+            {{"memcDelayLevel", "high"}}});
+    expect({"picture",
+            payload,
             all({start,
                  {kSettings.info("setPictureSettings", "memcDelayLevelValue low is same as "
                                                        "previous MemcDelayLevelValue low ")}}),
-            {}, kDone, {}, KEP_AUDIO_NO_OUTPUT, {{"memcDelayLevel", "low"}}});
+            {},
+            kDone,
+            {},
+            KEP_AUDIO_NO_OUTPUT,
+            {{"memcDelayLevel", "low"}}});
     const std::string empty = R"({"memcDelayLevel":""})";
-    expect({"picture", empty,
+    expect({"picture",
+            empty,
             {other("picture"), picturing(empty),
              kSettings.info("setPictureSettings", "memcDelayLevelValue  is same as "
                                                   "previous MemcDelayLevelValue  ")}});
@@ -1592,18 +1802,23 @@ TEST_F(SettingsTest, ANewPictureLevelUpdatesTheDelays)
 TEST_F(SettingsTest, OptionSucceedsWhateverTheMiddlewareSays)
 {
     const std::string payload = R"({"storeMode":"home"})";
-    expect({"option", payload,
-            {other("option"), kEngine.info("setOptionCategorySettings",
-                                           "set Store/Home mode successfully as home")},
+    expect({"option",
+            payload,
+            {other("option"),
+             kEngine.info("setOptionCategorySettings", "set Store/Home mode successfully as home")},
             {R"(soundengine.setStoreMode "home")"}});
-    expect({"option", payload,
+    expect({"option",
+            payload,
             {other("option"), kEngine.error("setOptionCategorySettings",
                                             "Failed to set Store/Home mode value as home")},
-            {R"(soundengine.setStoreMode "home" -> 7)"}, kDone, {"soundengine.setStoreMode"}});
+            {R"(soundengine.setStoreMode "home" -> 7)"},
+            kDone,
+            {"soundengine.setStoreMode"}});
     for (const char* value : {"null", "true", "5", "[]", "{}"})
-        expect({"option", member("storeMode", value),
-                {other("option"), kEngine.info("setOptionCategorySettings",
-                                               "set Store/Home mode successfully as ")},
+        expect({"option",
+                member("storeMode", value),
+                {other("option"),
+                 kEngine.info("setOptionCategorySettings", "set Store/Home mode successfully as ")},
                 {R"(soundengine.setStoreMode "")"}});
     for (const char* nothing : {"{}", "[]", R"("home")", "null", "5", R"({"mode":"home"})"})
         expect({"option", nothing, {other("option")}});
@@ -1619,22 +1834,21 @@ TEST_F(SettingsTest, TheModelFlagReappliesTheDigitalModeEachTime)
 {
     for (const auto& [value, on] : {std::pair{"true", "1"}, {"false", "0"}}) {
         const std::string payload = member("supportBnoModel", value);
-        const Lines start = {other("other"),
-                             kHeadphone.info("setSupportBnoModel",
-                                             "Setting support bno model: " + std::string{on})};
+        const Lines start = {
+            other("other"),
+            kHeadphone.info("setSupportBnoModel", "Setting support bno model: " + std::string{on})};
         expect({"other", payload, all({start, reapplied()}), kPcmTold});
         EXPECT_EQ(state(State::bnoModel), std::string{value} == "true");
         EXPECT_EQ(set("other", payload), kDone); // the same value again
         EXPECT_EQ(told(), kPcmTold);
-        expect({"other", payload, all({start, reapplied(kOptic)}), kOpticRefused, kFailed,
-                {kOptic}});
+        expect(
+            {"other", payload, all({start, reapplied(kOptic)}), kOpticRefused, kFailed, {kOptic}});
         EXPECT_EQ(state(State::bnoModel), std::string{value} == "true");
         expect({"other", payload, all({start, reapplied(kEarc)}), kEarcRefused, kFailed, {kEarc}});
     }
-    for (const char* nothing :
-         {"{}", "[]", "true", "null", R"({"supportBnoModel":"true"})", R"({"supportBnoModel":1})",
-          R"({"supportBnoModel":null})", R"({"supportBnoModel":[true]})",
-          R"({"supportBnoModel":{}})"})
+    for (const char* nothing : {"{}", "[]", "true", "null", R"({"supportBnoModel":"true"})",
+                                R"({"supportBnoModel":1})", R"({"supportBnoModel":null})",
+                                R"({"supportBnoModel":[true]})", R"({"supportBnoModel":{}})"})
         expect({"other", nothing, {other("other")}, {}, kFailed});
 }
 
@@ -1647,10 +1861,12 @@ TEST_F(SettingsTest, WisaIsActivatedByABool)
     for (const char* nothing :
          {"{}", "[]", "true", "null", R"({"activateWisa":"true"})", R"({"activateWisa":1})",
           R"({"activateWisa":null})", R"({"activateWisa":[]})", R"({"activateWisa":{}})"}) {
-        expect({"activateWisa", nothing,
+        expect({"activateWisa",
+                nothing,
                 {kSettings.refusal("ERROR_LOG", "setActivateWisa",
                                    "activateWisa key is not available")},
-                {}, kFailed});
+                {},
+                kFailed});
         state(State::wisa) = true;
         EXPECT_EQ(set("activateWisa", nothing), kFailed);
         EXPECT_TRUE(state(State::wisa)) << nothing;
@@ -1666,23 +1882,30 @@ TEST_F(SettingsTest, ThePowerStateMutesTheNamedOutput)
         return kHeadphone.info("setPowerStateMute", "Setting powerState mute to " + mute +
                                                         " on soundOutputType " + output);
     };
-    expect({"powerStateMute", payload(R"("external_arc")", "true"), {setting("1", "external_arc")},
+    expect({"powerStateMute",
+            payload(R"("external_arc")", "true"),
+            {setting("1", "external_arc")},
             {"Mute Output 32 1"}});
     EXPECT_TRUE(state(State::powerMute));
-    expect({"powerStateMute", payload(R"("external_arc")", "true"),
+    expect({"powerStateMute",
+            payload(R"("external_arc")", "true"),
             {setting("1", "external_arc"), refusedByDriver(),
              kControl.error("setMuteControlElement",
                             "Did not able to set the element: Mute Output on 1024")},
-            {"Mute Output 32 1 -> -5"}, kFailed, {"Mute Output"}});
+            {"Mute Output 32 1 -> -5"},
+            kFailed,
+            {"Mute Output"}});
     for (const char* mute : {"false", "null", R"("true")", "1", "[]", "{}"}) {
-        expect({"powerStateMute", payload(R"("external_arc")", mute), {setting("0", "external_arc")},
+        expect({"powerStateMute",
+                payload(R"("external_arc")", mute),
+                {setting("0", "external_arc")},
                 {"Mute Output 32 0"}});
         EXPECT_FALSE(state(State::powerMute));
     }
     for (const char* output : {"null", "true", "5", "[]", "{}", R"("")"})
         expect({"powerStateMute", payload(output, "true"), {setting("1", "")}, {}, kFailed});
-    for (const char* nothing : {"{}", "[]", R"("x")", "null", R"({"mute":true})",
-                                R"({"soundOutput":"external_arc"})"}) {
+    for (const char* nothing :
+         {"{}", "[]", R"("x")", "null", R"({"mute":true})", R"({"soundOutput":"external_arc"})"}) {
         expect({"powerStateMute", nothing});
         EXPECT_FALSE(state(State::powerMute));
     }
@@ -1708,17 +1931,22 @@ TEST_F(SettingsTest, DetectionMutesTheHeadphone)
     };
     expect({"headphoneDetectionMute", R"({"mute":true})", muting, {sub, sub, "Mute Output 16 1"}});
     EXPECT_TRUE(state(State::detectionMute));
-    expect({"headphoneDetectionMute", R"({"mute":true})",
+    expect({"headphoneDetectionMute",
+            R"({"mute":true})",
             all({muting,
                  {refusedByDriver(),
                   kControl.error("setMuteControlElement",
                                  "Did not able to set the element: Mute Output on 32")}}),
-            {sub, sub, "Mute Output 16 1 -> -5"}, kFailed, {"Mute Output"}});
+            {sub, sub, "Mute Output 16 1 -> -5"},
+            kFailed,
+            {"Mute Output"}});
     for (const char* mute : {"false", "null", R"("true")", "1", "[]", "{}"}) {
-        expect({"headphoneDetectionMute", member("mute", mute),
-                {setting("0"), called("0"),
-                 kHeadphone.info("setHeadphoneDetectionMute",
-                                 "Headphone timer has not been make yet, so skip headphone unmute")}});
+        expect(
+            {"headphoneDetectionMute",
+             member("mute", mute),
+             {setting("0"), called("0"),
+              kHeadphone.info("setHeadphoneDetectionMute",
+                              "Headphone timer has not been make yet, so skip headphone unmute")}});
         EXPECT_FALSE(state(State::detectionMute));
     }
     for (const char* nothing : {"{}", "[]", "true", "null", R"({"Mute":true})"}) {
@@ -1763,8 +1991,8 @@ TEST_F(SettingsTest, ARepeatedCategoryIsReplacedAndMovesToTheEnd)
                                       storedAs("audioVideoSync", R"({"correctionValue":2})")));
     const Lines lines = logLines();
     ASSERT_THAT(lines, SizeIs(6));
-    EXPECT_EQ(lines[3], kSettings.info("storeSettings",
-                                       "Store settings key for category audioVideoSync"));
+    EXPECT_EQ(lines[3],
+              kSettings.info("storeSettings", "Store settings key for category audioVideoSync"));
     EXPECT_EQ(lines[4],
               kSettings.debug("storeSettings", "Found the Category change only Value Delete the "
                                                "same and add new one in Vector"));
@@ -1791,8 +2019,7 @@ TEST_F(SettingsTest, OnlyTheFirstOfTwoEqualCategoriesIsReplaced)
         state(State::settings).push_back(element);
     }
     mBackend.storeSettings("a", json("2"));
-    EXPECT_THAT(stored(),
-                ElementsAre(storedAs("b", "1"), storedAs("a", "1"), storedAs("a", "2")));
+    EXPECT_THAT(stored(), ElementsAre(storedAs("b", "1"), storedAs("a", "1"), storedAs("a", "2")));
 }
 
 struct RemovalRow {
@@ -1810,7 +2037,9 @@ TEST_F(SettingsTest, AnswersOfTheCallerAreNotStored)
         {R"({"subscribe":null,"a":1})", R"({"a":1})", {R"({"a":1})"}},
         {R"({"a":1,"returnValue":{"b":2}})", R"({"a":1})", {R"({"a":1})"}},
         {R"({"returnValue":1,"subscribe":2})", "{}", {R"({"subscribe":2})", "{}"}},
-        {R"({"a":{"returnValue":1,"subscribe":2}})", R"({"a":{"returnValue":1,"subscribe":2}})", {}},
+        {R"({"a":{"returnValue":1,"subscribe":2}})",
+         R"({"a":{"returnValue":1,"subscribe":2}})",
+         {}},
         {R"(["returnValue","subscribe"])", R"(["returnValue","subscribe"])", {}},
         {"null", "null", {}},
     };
@@ -1820,12 +2049,11 @@ TEST_F(SettingsTest, AnswersOfTheCallerAreNotStored)
         EXPECT_EQ(mBackend.setSettings("dimension", payload), kDone);
         EXPECT_EQ(payload.stringify(), row.payload);
         EXPECT_THAT(stored(), ElementsAre(storedAs("dimension", row.value)));
-        Lines lines = {kDispatch.info("setSettings",
-                                      "category dimension Payload received is " +
-                                          std::string{row.payload}),
-                       other("dimension"),
-                       kSettings.info("storeSettings",
-                                      "Store settings key for category dimension")};
+        Lines lines = {
+            kDispatch.info("setSettings",
+                           "category dimension Payload received is " + std::string{row.payload}),
+            other("dimension"),
+            kSettings.info("storeSettings", "Store settings key for category dimension")};
         for (const std::string& text : row.removed)
             lines.push_back(shortened(text));
         lines.push_back(remembered("dimension", stored().front()));

@@ -1107,7 +1107,7 @@ TEST_F(StartupStorm, OfAllKindsOfRequestsDoesNotDisturbTheWorker)
 
 TEST_F(StartupStorm, GoesUnrecordedSoThatNoRecordKeepsTheThreadsInStep)
 {
-    constexpr int kLives = 100;
+    constexpr int kLives = 300;
     gTimersFireSoon = true;
     start();
     admit(0);

@@ -33,18 +33,21 @@ constexpr unsigned int kDeadlineSeconds = 60; // a child that takes longer hangs
 constexpr milliseconds kForever = std::chrono::hours{1};
 
 std::atomic<int> gThreadError{0};      // of the next threads to be made
-std::atomic<bool> gOutOfMemory{false}; // of what is asked for in this program, not in libraries
+std::atomic<bool> gOutOfMemory{false}; // when the next threads are made
 
 } // namespace
 
 extern "C" {
-void* __real__Znwm(std::size_t size);
+void __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
+    void* thread, void* state, void (*depend)());
 
-void* __wrap__Znwm(std::size_t size)
+void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
+    void* thread, void* state, void (*depend)())
 {
     if (gOutOfMemory)
         throw std::bad_alloc{};
-    return __real__Znwm(size);
+    __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
+        thread, state, depend);
 }
 
 // Called by the C++ library, so the linker cannot wrap it; the program's own one is found first.
