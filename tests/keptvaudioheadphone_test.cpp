@@ -579,7 +579,8 @@ TEST_F(MuteHeadphone, ByPowerStatePassesResumeTimerAndDecision)
 {
     inEverySituation(
         [this](const Situation& situation) {
-            for (const KEP_AUDIO_SNDOUT_T output : {KEP_AUDIO_HP, KEP_AUDIO_SPK_HP}) {
+            for (const KEP_AUDIO_SNDOUT_T output :
+                 {KEP_AUDIO_HP, KEP_AUDIO_SPK_HP, KEP_AUDIO_NO_OUTPUT}) {
                 for (const bool mute : {true, false}) {
                     enter(situation);
                     failSubMicro(situation, /*twice=*/true);

@@ -15,8 +15,8 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <regex>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -135,6 +135,17 @@ struct Entry {
     std::string clock;                                      // of a line of the performance log
 };
 
+/// Whether the text is of the form 12.345.
+bool isClock(std::string_view text)
+{
+    const auto allDigits = [](std::string_view part) {
+        return !part.empty() && part.find_first_not_of("0123456789") == part.npos;
+    };
+    const std::size_t point = text.find('.');
+    return point != text.npos && allDigits(text.substr(0, point)) && point + 4 == text.size() &&
+           allDigits(text.substr(point + 1));
+}
+
 /// "level id file:function text". What is different each time is left out: the line number, the
 /// clock, and the number of the thread, which becomes <self> if it is that of the thread that logs.
 Entry toEntry(const LogMessage& message)
@@ -143,10 +154,11 @@ Entry toEntry(const LogMessage& message)
     for (std::size_t i = 0; i < message.pairCount; ++i)
         entry.pairs.emplace_back(message.pairs[i].key, message.pairs[i].value);
     std::string text = message.text;
-    std::smatch found;
-    if (std::regex_search(text, found, std::regex{R"raw(^\{"CLOCK":([0-9]+\.[0-9]{3}),)raw"})) {
-        entry.clock = found[1];
-        text = R"({"CLOCK":<clock>,)" + found.suffix().str();
+    constexpr std::string_view kClock = R"({"CLOCK":)";
+    if (text.starts_with(kClock)) {
+        const std::size_t end = text.find(',');
+        entry.clock = text.substr(kClock.size(), end - kClock.size());
+        text.replace(kClock.size(), entry.clock.size(), isClock(entry.clock) ? "<clock>" : "?");
     } else if (const std::size_t open = text.find('('), end = text.find(") ", open);
                end != std::string::npos) {
         text.erase(open, end + 1 - open);
@@ -373,7 +385,6 @@ protected:
         EXPECT_EQ(settings("contiConfig"), kDone);
         EXPECT_EQ(settings("hardwareConfig"), kDone);
         EXPECT_EQ(settings("modelConfig", R"({"tv.zib.tvBroadcastSystem":"DVB"})"), kDone);
-        ++mLaunches;
     }
 
     /// One whole life of a worker; what it did.
@@ -422,8 +433,6 @@ private:
                 lines.push_back(entry.text);
         return lines;
     }
-
-    int mLaunches = 0;
 };
 
 using StartupConditions = StartupTest;
@@ -487,7 +496,6 @@ TEST_F(StartupConditions, AreNotMetByTheSameCategoryAgain)
     for (const char* pair : {"contiConfig", "modelConfig", "hardwareConfig"})
         for (int i = 0; i < 3; ++i)
             settings(pair);
-    cancelTimer();
     EXPECT_EQ(launches(), 0); // ends with the hardware
     settings("sound");
     EXPECT_EQ(launches(), 1);
@@ -932,9 +940,7 @@ TEST_F(ColdStartTimer, IsNotStartedWhileOneIsPending)
     EXPECT_THAT(startedTimers(), SizeIs(1));
     cancelTimer();
 
-    // One that was started on resume will do as well.
-    settings("prepareResume", R"({"prepareResume":true})");
-    backend().setPowerStateHeadphoneMute(KEP_AUDIO_HP, /*mute=*/true);
+    // Whoever has started it.
     OpenBackend::mHeadphoneUnmuteTimerID = 4711;
     EXPECT_EQ(live(), without(kWholeLife, {kTimerStarted}));
     EXPECT_EQ(OpenBackend::mHeadphoneUnmuteTimerID, 4711U);
@@ -1107,7 +1113,7 @@ TEST_F(StartupStorm, OfAllKindsOfRequestsDoesNotDisturbTheWorker)
 
 TEST_F(StartupStorm, GoesUnrecordedSoThatNoRecordKeepsTheThreadsInStep)
 {
-    constexpr int kLives = 300;
+    constexpr int kLives = 150;
     gTimersFireSoon = true;
     start();
     admit(0);

@@ -350,6 +350,21 @@ TEST(StartupWorkerEnd, DoesNotWaitForAThreadThatThereWasNoMemoryFor)
               "0");
 }
 
+TEST(StartupWorkerEnd, MayComeFromTheWorkItself)
+{
+    EXPECT_EQ(endOf([] {
+                  gMarksAtEnd = 1;
+                  alarm(5); // waiting for itself, it would wait for ever
+                  worker().launch([] {
+                      ++gMarks;
+                      std::exit(4); // changed by endOfAll
+                  });
+                  for (;;)
+                      pause();
+              }),
+              "0");
+}
+
 TEST(StartupWorkerEnd, ComesAtOnceForAProcessThatOnlyAskedForIt)
 {
     EXPECT_EQ(endOf([] {
@@ -363,12 +378,15 @@ TEST(StartupWorkerEnd, OfAForkedChildDoesNotWaitForItsParentsThreads)
 {
     Event asleep;
     Event over;
+    Event done;
     worker().launch([&] {
         asleep.set();
         EXPECT_TRUE(over.await());
+        done.set();
     });
     ASSERT_TRUE(asleep.await());
     for (int i = 0; i < 20; ++i)
         EXPECT_EQ(endOf([] { gMarksAtEnd = 0; }), "0");
     over.set();
+    EXPECT_TRUE(done.await());
 }

@@ -478,6 +478,8 @@ protected:
                               const kepLogOrigin& origin = KEP_CALLER);
 
     std::vector<AudioVideoInfo> AudioVideoInfoMapVector;
+    static bool isOfCategory(const JValue& stored, const std::string& category);
+
     std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category
     std::map<std::string, std::string> mStoredSettings;
     bool mOttEnabled = false; // last pair that the driver took

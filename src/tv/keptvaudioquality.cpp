@@ -226,6 +226,8 @@ JValue kepTVAudio::getSettings(const std::string& category, JValue request)
     KEP_DEBUG("Resquested for Complete Settings List"); // sic
     JValue answer = JValue::array();
     for (const JValue& stored : mSettingsList) {
+        if (!stored.hasKey("category"))
+            continue;
         answer.append(stored);
         KEP_LOG_AS(KEP_HERE.as("printAudioVideoInfoTable"), kLogDebug, "", // sic
                    "StreamInfo  Inside =  %s", stored.stringify().c_str());
@@ -253,9 +255,8 @@ JValue kepTVAudio::getSettingsObject(const std::string& category)
     KEP_DEBUG("Resquested for category = %s from Settings List", category.c_str()); // sic
     JValue answer = JValue::array();
     const auto stored =
-        std::find_if(mSettingsList.begin(), mSettingsList.end(), [&](const JValue& candidate) {
-            return candidate["category"].asString() == category;
-        });
+        std::find_if(mSettingsList.begin(), mSettingsList.end(),
+                     [&](const JValue& candidate) { return isOfCategory(candidate, category); });
     if (stored != mSettingsList.end()) {
         answer.append(*stored);
         KEP_DEBUG("Requested Category StreamInfo = %s", stored->stringify().c_str());

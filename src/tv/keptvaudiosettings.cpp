@@ -155,18 +155,24 @@ bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInf
 
 // --- Settings store
 
+bool kepTVAudio::isOfCategory(const JValue& stored, const std::string& category)
+{
+    std::string name;
+    return stored["category"].asString(name) && name == category;
+}
+
 void kepTVAudio::storeSettings(const std::string& category, JValue payload)
 {
     KEP_INFO("INFO_LOG", "Store settings key for category %s", category.c_str());
-    JValue value = payload.deepCopy(); // the caller keeps its own
+    // The caller keeps its own; what it did not give is null.
+    JValue value = payload.isValid() ? payload.deepCopy() : JValue{};
     for (const char* key : {"returnValue", "subscribe"})
         if (value.remove(key))
             KEP_DEBUG("settingsValue After removing an element=  %s",
                       value.stringify().c_str()); // sic
     const auto stored =
-        std::find_if(mSettingsList.begin(), mSettingsList.end(), [&](const JValue& candidate) {
-            return candidate["category"].asString() == category;
-        });
+        std::find_if(mSettingsList.begin(), mSettingsList.end(),
+                     [&](const JValue& candidate) { return isOfCategory(candidate, category); });
     if (stored != mSettingsList.end()) {
         KEP_DEBUG("Found the Category change only Value Delete the same and add new one in Vector");
         mSettingsList.erase(stored);
