@@ -7,6 +7,14 @@
 
 #include <unistd.h>
 
+namespace
+{
+
+// Whether this thread is one of the workers: the process may be ended by the work itself.
+thread_local bool tIsWorker = false;
+
+} // namespace
+
 struct StartupWorker::Shared {
     std::mutex guard;
     std::condition_variable changed;
@@ -30,7 +38,8 @@ StartupWorker::~StartupWorker()
     std::unique_lock lock{mShared.guard};
     mShared.stopping = true;
     mShared.changed.notify_all();
-    mShared.changed.wait(lock, [this] { return mShared.running == 0; });
+    const int self = tIsWorker ? 1 : 0; // cannot wait for itself
+    mShared.changed.wait(lock, [this, self] { return mShared.running == self; });
 }
 
 void StartupWorker::launch(std::function<void()> work)
@@ -41,6 +50,7 @@ void StartupWorker::launch(std::function<void()> work)
     }
     try {
         std::thread([this, work = std::move(work)] {
+            tIsWorker = true;
             try {
                 work();
             } catch (...) { // out of memory at worst: the rest of the work is lost, not the process
