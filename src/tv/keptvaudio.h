@@ -405,9 +405,8 @@ protected:
     std::vector<KEP_AUDIO_RESOURCE_T> mConnectedResources;
 
     // --- Output selection
-    struct OutputPair;
-    static const OutputPair
-        kOutputPairs[8]; // a single output and the two operations that switch it
+    struct OutputPair; // a single output and the two operations that switch it
+    static const OutputPair kOutputPairs[8];
 
     bool moveTo(KEP_AUDIO_SNDOUT_T output);
     bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix,
@@ -476,10 +475,9 @@ protected:
                                       const kepLogOrigin& origin = KEP_CALLER);
     void useAsCurrentPipeline(const AudioVideoInfo& pipeline,
                               const kepLogOrigin& origin = KEP_CALLER);
-
-    std::vector<AudioVideoInfo> AudioVideoInfoMapVector;
     static bool isOfCategory(const JValue& stored, const std::string& category);
 
+    std::vector<AudioVideoInfo> AudioVideoInfoMapVector; // in order of arrival
     std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category
     std::map<std::string, std::string> mStoredSettings;
     bool mOttEnabled = false; // last pair that the driver took
