@@ -1066,7 +1066,8 @@ TEST_F(SingleOutput, HasOperationsOfItsOwn)
                 Prediction prediction{situation};
                 const bool done = prediction.sequence(*sequence);
                 writes = refused < 0 ? prediction.writes : writes;
-                EXPECT_EQ((mBackend.*(opens ? row.connect : row.disconnect))(row.output), done)
+                kepTVAudio& backend = mBackend;
+                EXPECT_EQ((backend.*(opens ? row.connect : row.disconnect))(row.output), done)
                     << sequence->operation << " " << refused;
                 EXPECT_EQ(told(), prediction.told) << sequence->operation << " " << refused;
                 EXPECT_EQ(logLines(), prediction.logged) << sequence->operation << " " << refused;

@@ -488,9 +488,10 @@ TEST_F(SettingsTest, EachHandlerRefusesTheCategoriesOfTheOthers)
     };
     const JValue everything = json(
         R"({"mode":"pcm","soundOutput":"SPDIF","status":"on","correctionValue":1,"mix":true})");
+    kepTVAudio& backend = mBackend;
     for (const auto& [name, handler] : handlers) {
         forget();
-        EXPECT_FALSE((mBackend.*handler)("activateWisa", everything)) << name;
+        EXPECT_FALSE((backend.*handler)("activateWisa", everything)) << name;
         EXPECT_THAT(told(), IsEmpty()) << name;
     }
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cerrno>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -95,5 +96,14 @@ protected:
         return all;
     }
 
-    OpenBackend mBackend;
+    OpenBackend& mBackend = freshBackend();
+
+private:
+    /// A new backend, which outlives the test: a start-up worker that it launched may still hold
+    /// it.
+    static OpenBackend& freshBackend()
+    {
+        static auto* const all = new std::deque<OpenBackend>;
+        return all->emplace_back();
+    }
 };
