@@ -171,13 +171,6 @@ bool __wrap__ZN13StartupWorker5sleepENSt6chrono8durationIlSt5ratioILl1ELl1000EEE
 }
 }
 
-// What a thread in the middle of a step holds is no leak, and a forked child has not even the
-// thread.
-extern "C" [[gnu::visibility("default")]] const char* __asan_default_options()
-{
-    return "detect_leaks=0";
-}
-
 int main(int argc, char** argv)
 {
     const std::string how = argc > 2 ? argv[1] : "";
