@@ -18,11 +18,12 @@ inline bool kepLogAdmits(int level) noexcept
     return level <= LogGetLevel(kepLogContext.load(std::memory_order_relaxed));
 }
 
-/// A source file's name without folders and extension.
+/// A source file's name up to its first dot: the files of one class, such as
+/// keptvaudio.routing.cpp, log under the one name of the class.
 constexpr std::string_view kepLogStem(std::string_view path)
 {
     path.remove_prefix(path.rfind('/') + 1);
-    return path.substr(0, path.rfind('.'));
+    return path.substr(0, path.find('.'));
 }
 
 /// Where a message says that it comes from.

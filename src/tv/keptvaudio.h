@@ -42,9 +42,9 @@ enum sndout_earc_output_mix_option : std::uint32_t {
     SNDOUT_EARC_MIX_ON = 1,
 };
 
-/// Driver numbers of a digital mode (keptvaudiodigital.cpp).
+/// Driver numbers of a digital mode (keptvaudio.digital.cpp).
 struct DigitalModes;
-/// Steps of opening and closing an output (keptvaudiooutput.cpp).
+/// Steps of opening and closing an output (keptvaudio.output.cpp).
 enum class OutputStep : std::uint8_t;
 
 /// The attributes of one media pipeline.
@@ -52,20 +52,23 @@ using AudioVideoInfo = std::map<std::string, std::string>;
 
 /// Routes the television's audio resources to its sound outputs and drives its audio middleware.
 ///
-/// One class, because all of it works on one state; its definitions are divided over files, a room
-/// each:
-///   keptvaudio.cpp           registration, life cycle, active state, entry points of settings and
-///   quality keptvaudiocontrol.cpp    the one door to the driver's control elements
-///   keptvaudiorouting.cpp    inputs: connecting resources to the current output
-///   keptvaudiooutput.cpp     output selection
-///   keptvaudiovolume.cpp     volume and mute
-///   keptvaudioheadphone.cpp  headphone, and muting by power state
-///   keptvaudiodigital.cpp    formats of optical, ARC and eARC
-///   keptvaudiostartup.cpp    the initial gains, the start-up worker
-///   keptvaudioutil.cpp       names to identifiers, identifiers to driver numbers, predicates
-///   keptvaudioquality.cpp    the pipeline store, video reports, queries of settings
-///   keptvaudiosettings.cpp   updates of the pipeline store, audio reports, settings categories
+// clang-format off
+/// One class, because all of it works on one state; its definitions are divided over files, a room each:
+///   keptvaudio.cpp            registration, life cycle, active state, entry points of settings and quality
+///   keptvaudio.control.cpp    the one door to the driver's control elements
+///   keptvaudio.routing.cpp    inputs: connecting resources to the current output
+///   keptvaudio.output.cpp     output selection
+///   keptvaudio.volume.cpp     volume and mute
+///   keptvaudio.headphone.cpp  headphone, and muting by power state
+///   keptvaudio.digital.cpp    formats of optical, ARC and eARC
+///   keptvaudio.startup.cpp    the initial gains, the start-up worker
+///   keptvaudioutil.cpp        names to identifiers, identifiers to driver numbers, predicates
+///   keptvaudioquality.cpp     the pipeline store, video reports, queries of settings
+///   keptvaudiosettings.cpp    updates of the pipeline store, audio reports, settings categories
 ///
+/// Log lines name the file up to its first dot, so they all say keptvaudio, but for the last three.
+///
+// clang-format on
 /// Calls come from one thread at a time. The start-up worker and GLib timers work on the same
 /// object; what the worker shares with the caller is atomic, or behind the parameter store's guard.
 class KEP_EXPORT kepTVAudio : public kepAudio
@@ -129,7 +132,7 @@ public:
     /// The stored setting "soundOutput"; "" when there is none.
     std::string getSoundOutputKey() const;
 
-    // --- The driver (keptvaudiocontrol.cpp). False when the write failed, which has then been
+    // --- The driver (keptvaudio.control.cpp). False when the write failed, which has then been
     // logged.
 
     /// Writes the integers of the element of that name on the television's card.
@@ -139,7 +142,7 @@ public:
     /// Writes "Mute Output".
     static bool setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute);
 
-    // --- Inputs (keptvaudiorouting.cpp). Result: KEP_RESULT_OK or KEP_RESULT_FAILED. Members of a
+    // --- Inputs (keptvaudio.routing.cpp). Result: KEP_RESULT_OK or KEP_RESULT_FAILED. Members of a
     // combination are written one after the other up to the first failure; nothing is undone.
 
     /// Connects or disconnects a resource and every member of the current sound output.
@@ -152,7 +155,7 @@ public:
     /// the first failure.
     bool connectDisconnectResources(int outputType, bool connect);
 
-    // --- Output selection (keptvaudiooutput.cpp). False when a step failed, which has then been
+    // --- Output selection (keptvaudio.output.cpp). False when a step failed, which has then been
     // logged; a transition makes its other steps all the same.
 
     bool handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output);
@@ -184,7 +187,7 @@ public:
     bool connectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output);
     bool disconnectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output);
 
-    // --- Volume and mute (keptvaudiovolume.cpp)
+    // --- Volume and mute (keptvaudio.volume.cpp)
 
     /// Sets the volume of the speaker family; 0 mutes the amplifier, leaving 0 unmutes it.
     bool setSpeakerHeadphoneOutputVolume(std::uint8_t volume);
@@ -196,9 +199,9 @@ public:
     /// Whether the payload's "reset" is true.
     bool checkForResetValue(JValue value) const;
 
-    // --- Headphone and power state (keptvaudioheadphone.cpp). Three reasons may hold the headphone
-    // muted; it is unmuted when none is left. After power-on and resume a timer holds every unmute
-    // back.
+    // --- Headphone and power state (keptvaudio.headphone.cpp). Three reasons may hold the
+    // headphone muted; it is unmuted when none is left. After power-on and resume a timer holds
+    // every unmute back.
 
     bool setMuteHeadphone(bool mute);
     /// Mutes or unmutes the hardware, if the three reasons allow it.
@@ -227,7 +230,7 @@ public:
     bool getMuteHeadphoneDetection() const { return mHeadphoneDetectionMute; }
     bool getMuteHeadphone() const { return mHeadphoneMuteStatus; }
 
-    // --- Digital outputs (keptvaudiodigital.cpp). Digital modes: "pcm", "auto", "passThrough".
+    // --- Digital outputs (keptvaudio.digital.cpp). Digital modes: "pcm", "auto", "passThrough".
     // False when an element could not be written, which has then been logged.
 
     /// Writes the formats of optical and ARC for the mode, then that of eARC.
@@ -290,7 +293,7 @@ public:
     void printAudioVideoInfoTable() const;
     void printSetQualityAttributeInfo() const;
 
-    // --- Start-up (keptvaudiostartup.cpp)
+    // --- Start-up (keptvaudio.startup.cpp)
 
     /// Writes the initial gain of every connected resource and of the speaker, and notes whether
     /// all of them went through. Failures are logged.

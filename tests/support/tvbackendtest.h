@@ -36,7 +36,7 @@ inline LogLine error(const std::string& id, const std::string& origin, const std
 /// What the driver's door logs for a write that `TvBackendTest::refuseWrite` refused.
 inline LogLine refusedByDriver()
 {
-    return error("CONTROL_ELEMENT_WRITE_ERROR", "keptvaudiocontrol:setControlElement",
+    return error("CONTROL_ELEMENT_WRITE_ERROR", "keptvaudio:setControlElement",
                  "Control element write error: Input/output error");
 }
 

@@ -22,7 +22,7 @@ using testing::IsEmpty;
 using Texts = std::vector<std::string>;
 using Lines = std::vector<LogLine>;
 
-constexpr const char* kFile = "keptvaudiodigital:";
+constexpr const char* kFile = "keptvaudio:";
 constexpr const char* kCountry = "tv.hw.countryType";
 constexpr const char* kBroadcastSystem = "tv.zib.tvBroadcastSystem";
 

@@ -260,7 +260,7 @@ public:
 private:
     void log(const std::string& function, const std::string& text)
     {
-        logged.push_back(info("keptvaudiooutput:" + function, text));
+        logged.push_back(info("keptvaudio:" + function, text));
     }
     bool write(const std::string& text, const LogLine& whenRefused);
     bool write(const std::string& text, const std::string& origin, const std::string& suffix);
@@ -276,20 +276,20 @@ unsigned int Prediction::selection(const std::string& name, KEP_AUDIO_SNDOUT_T t
 {
     log("setSoundOutput", "Request to set soundOutput " + name);
     if (to == KEP_AUDIO_NO_OUTPUT) {
-        logged.push_back(error("SOUNDOUTPUT_NOT_SUPPORTED", "keptvaudiooutput:setSoundOutput",
+        logged.push_back(error("SOUNDOUTPUT_NOT_SUPPORTED", "keptvaudio:setSoundOutput",
                                "Not supported soundoutput"));
         return kFailed;
     }
     if (to == mSituation.from) {
         logged.push_back(
-            debug("keptvaudiooutput:setSoundOutput",
+            debug("keptvaudio:setSoundOutput",
                   "Request for setting the existing setSoundOut " + name + "- Ignore!!!"));
         return kDone;
     }
     if (to == KEP_AUDIO_SPK_OPTICAL_ARC)
         log("handleSetSoundOutput", "Inside setSoundOutput of KEP_AUDIO_SPK_OPTICAL_ARC");
     if (!transition(to)) {
-        logged.push_back(error("SOUNDOUTPUT_SET_ERROR", "keptvaudiooutput:setSoundOutput",
+        logged.push_back(error("SOUNDOUTPUT_SET_ERROR", "keptvaudio:setSoundOutput",
                                "Failed to set sound out " + name));
         return kFailed;
     }
@@ -352,7 +352,7 @@ bool Prediction::step(const std::string& text, const Sequence& row)
         return true;
     }
     const bool soundSync = text.rfind("Sndout Optic QN", 0) == 0;
-    return write(text, std::string{"keptvaudiooutput:"} + row.operation,
+    return write(text, std::string{"keptvaudio:"} + row.operation,
                  soundSync ? " for QN SOUND SYNC" : row.suffix);
 }
 
@@ -377,7 +377,7 @@ bool Prediction::route(const std::string& type, bool connect)
 {
     if (mSituation.connected.empty())
         return true;
-    const std::string origin = "keptvaudiorouting:connectDisconnectResources";
+    const std::string origin = "keptvaudio:connectDisconnectResources";
     const std::string element = connect ? "Sndout Connect " : "Sndout Disconnect ";
     logged.push_back(info(origin, std::string{"Connect or disconnect status "} +
                                       (connect ? "1" : "0") + " speakerType " + type));
@@ -389,7 +389,7 @@ bool Prediction::route(const std::string& type, bool connect)
 
 bool Prediction::muteHeadphone(bool mute)
 {
-    const std::string file = "keptvaudioheadphone:";
+    const std::string file = "keptvaudio:";
     const std::string flag = mute ? "1" : "0";
     const auto say = [&](const std::string& function, const std::string& text) {
         logged.push_back(info(file + function, text));
@@ -408,7 +408,7 @@ bool Prediction::muteHeadphone(bool mute)
         logged.push_back(error("SUBCPU_ERROR", file + "executeMuteHeadphone",
                                "Failed to set headphone mute status " + flag));
     return write("Mute Output 16 " + flag,
-                 error("CONTROL_ELEMENT_SET_ERROR", "keptvaudiocontrol:setMuteControlElement",
+                 error("CONTROL_ELEMENT_SET_ERROR", "keptvaudio:setMuteControlElement",
                        "Did not able to set the element: Mute Output on 32")) &&
            !mSituation.lineRefuses;
 }
@@ -416,7 +416,7 @@ bool Prediction::muteHeadphone(bool mute)
 /// What follows a transition that was made; the user's digital mode is "pcm", too.
 void Prediction::finish(const std::string& name, KEP_AUDIO_SNDOUT_T to)
 {
-    const std::string file = "keptvaudiodigital:";
+    const std::string file = "keptvaudio:";
     const bool users = to == KEP_AUDIO_SPDIF || to == KEP_AUDIO_ARC;
     const Lines before = {
         info(file + "getSoundOutputDigitalMode",
@@ -437,7 +437,7 @@ void Prediction::finish(const std::string& name, KEP_AUDIO_SNDOUT_T to)
                           "set codec type: 1 for earc output type and mixer value is 1"));
     done = write("Sndout EARC Outputtype 2 1 0 0 1", file + "setEArcOutputType", "") && done;
     if (!done)
-        logged.push_back(error("SET_SOUNDOUTPUT_DIGITAL_ERROR", "keptvaudiooutput:setSoundOutput",
+        logged.push_back(error("SET_SOUNDOUTPUT_DIGITAL_ERROR", "keptvaudio:setSoundOutput",
                                "Failed to set SoundOutput Digital pcm during soundout change"));
     logged.push_back(info("keptvdelay:updateDelayValues", "calling setDelayUpdate"));
     told.emplace_back("delay.setDelayUpdate");
@@ -607,11 +607,10 @@ TEST_F(SoundOutput, OfAnUnknownNameChangesNothing)
     select("bt_soundbar");
     EXPECT_EQ(mBackend.setSoundOutput("loudspeaker"), kFailed);
     EXPECT_THAT(told(), IsEmpty());
-    EXPECT_EQ(
-        logLines(),
-        (Lines{info("keptvaudiooutput:setSoundOutput", "Request to set soundOutput loudspeaker"),
-               error("SOUNDOUTPUT_NOT_SUPPORTED", "keptvaudiooutput:setSoundOutput",
-                     "Not supported soundoutput")}));
+    EXPECT_EQ(logLines(),
+              (Lines{info("keptvaudio:setSoundOutput", "Request to set soundOutput loudspeaker"),
+                     error("SOUNDOUTPUT_NOT_SUPPORTED", "keptvaudio:setSoundOutput",
+                           "Not supported soundoutput")}));
     EXPECT_EQ(mBackend.getCurrentSoundout(), KEP_AUDIO_BT_SOUNDBAR);
     EXPECT_EQ(mBackend.getSoundOutputKey(), "bt_soundbar");
 }
@@ -629,8 +628,8 @@ TEST_F(SoundOutput, OfTheCurrentOneOnlyTakesOverItsName)
     EXPECT_THAT(told(), IsEmpty());
     EXPECT_THAT(
         logLines(),
-        ElementsAre(info("keptvaudiooutput:setSoundOutput", "Request to set soundOutput lineout"),
-                    debug("keptvaudiooutput:setSoundOutput",
+        ElementsAre(info("keptvaudio:setSoundOutput", "Request to set soundOutput lineout"),
+                    debug("keptvaudio:setSoundOutput",
                           "Request for setting the existing setSoundOut lineout- Ignore!!!")));
     EXPECT_EQ(mBackend.getCurrentSoundout(), KEP_AUDIO_HP);
     EXPECT_EQ(mBackend.getSoundOutputKey(), "lineout");
@@ -669,26 +668,25 @@ TEST_F(SoundOutput, IsLoggedFromRequestToSuccess)
     EXPECT_EQ(
         logLines(),
         (Lines{
-            info("keptvaudiooutput:setSoundOutput",
-                 "Request to set soundOutput tv_speaker_optical_arc"),
-            info("keptvaudiooutput:handleSetSoundOutput",
+            info("keptvaudio:setSoundOutput", "Request to set soundOutput tv_speaker_optical_arc"),
+            info("keptvaudio:handleSetSoundOutput",
                  "Inside setSoundOutput of KEP_AUDIO_SPK_OPTICAL_ARC"),
-            info("keptvaudiooutput:connectOutput", "Connect outputType 2"),
-            info("keptvaudiooutput:connectOutput", "Connect outputType 1024"),
-            info("keptvaudiodigital:getSoundOutputDigitalMode",
+            info("keptvaudio:connectOutput", "Connect outputType 2"),
+            info("keptvaudio:connectOutput", "Connect outputType 1024"),
+            info("keptvaudio:getSoundOutputDigitalMode",
                  "Setting digital mode as pcm, since its not optical or arc"),
-            info("keptvaudiodigital:setSoundOutputDigital", "Request to set digital mode as pcm"),
-            info("keptvaudiodigital:getSoundOutputOpticMode",
+            info("keptvaudio:setSoundOutputDigital", "Request to set digital mode as pcm"),
+            info("keptvaudio:getSoundOutputOpticMode",
                  "Get SoundOutputMode for Optic digitalMode pcm "),
-            debug("keptvaudiodigital:getSoundOutputOpticMode", "Optic digital mode 1"),
-            info("keptvaudiodigital:getSoundOutputArcMode",
+            debug("keptvaudio:getSoundOutputOpticMode", "Optic digital mode 1"),
+            info("keptvaudio:getSoundOutputArcMode",
                  "Get SoundOutputMode for ARC digitalMode pcm "),
-            debug("keptvaudiodigital:getSoundOutputArcMode", "Arc digital mode 1"),
-            info("keptvaudiodigital:setEArcOutputType",
+            debug("keptvaudio:getSoundOutputArcMode", "Arc digital mode 1"),
+            info("keptvaudio:setEArcOutputType",
                  "set codec type: 1 for earc output type and mixer value is 1"),
             info("keptvdelay:updateDelayValues", "calling setDelayUpdate"),
             info("keptvgain:setInputGain", "calling setGainAsInput"),
-            info("keptvaudiooutput:setSoundOutput",
+            info("keptvaudio:setSoundOutput",
                  "successfully set soundoutput tv_speaker_optical_arc"),
         }));
 }
@@ -804,16 +802,16 @@ TEST_F(SoundOutputFailure, OfTheWholeDriverStillTriesEveryOutput)
         logLines(kLogError),
         (Lines{
             refusedByDriver(),
-            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudiooutput:disconnectSpdifOrQNSndSyncOutput",
+            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudio:disconnectSpdifOrQNSndSyncOutput",
                   "Did not able to set the element: Mute Output for external speaker/QN sound "
                   "sync"),
             refusedByDriver(),
-            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudiooutput:disconnectExternalArcOutput",
+            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudio:disconnectExternalArcOutput",
                   "Did not able to set the element: Sndout Close"),
             refusedByDriver(),
-            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudiooutput:connectHPOutput",
+            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudio:connectHPOutput",
                   "Did not able to set the element: Sndout Open for Headphone"),
-            error("SOUNDOUTPUT_SET_ERROR", "keptvaudiooutput:setSoundOutput",
+            error("SOUNDOUTPUT_SET_ERROR", "keptvaudio:setSoundOutput",
                   "Failed to set sound out tv_speaker_headphone"),
         }));
     EXPECT_EQ(mBackend.getCurrentSoundout(), KEP_AUDIO_SPK_OPTICAL_ARC);
@@ -841,11 +839,11 @@ TEST_F(SoundOutputFailure, OfAlsaComesAfterTheOldOutputIsClosed)
     EXPECT_EQ(mBackend.setSoundOutput("alsa"), kFailed);
     EXPECT_THAT(told(), ElementsAre("Sndout Close 1", "Mute Output 1 1", "Sndout Close 128"));
     EXPECT_EQ(logLines(),
-              (Lines{info("keptvaudiooutput:setSoundOutput", "Request to set soundOutput alsa"),
-                     info("keptvaudiooutput:disconnectOutput", "disconnect outputType 1"),
-                     info("keptvaudiooutput:disconnectOutput", "disconnect outputType 131072"),
-                     info("keptvaudiooutput:connectOutput", "Connect outputType 256"),
-                     error("SOUNDOUTPUT_SET_ERROR", "keptvaudiooutput:setSoundOutput",
+              (Lines{info("keptvaudio:setSoundOutput", "Request to set soundOutput alsa"),
+                     info("keptvaudio:disconnectOutput", "disconnect outputType 1"),
+                     info("keptvaudio:disconnectOutput", "disconnect outputType 131072"),
+                     info("keptvaudio:connectOutput", "Connect outputType 256"),
+                     error("SOUNDOUTPUT_SET_ERROR", "keptvaudio:setSoundOutput",
                            "Failed to set sound out alsa")}));
     EXPECT_EQ(mBackend.getCurrentSoundout(), KEP_AUDIO_SPK_BLUETOOTH);
     EXPECT_EQ(mBackend.getSoundOutputKey(), "alsa");
@@ -858,10 +856,10 @@ TEST_F(SoundOutputFailure, OfTheDigitalModeChangesTheOutputAllTheSame)
     EXPECT_EQ(mBackend.setSoundOutput("external_arc"), kDone);
     EXPECT_THAT(
         logLines(kLogError),
-        ElementsAre(error("SET_SOUNDOUTPUT_DIGITAL_ERROR", "keptvaudiooutput:setSoundOutput",
+        ElementsAre(error("SET_SOUNDOUTPUT_DIGITAL_ERROR", "keptvaudio:setSoundOutput",
                           "Failed to set SoundOutput Digital loud during soundout change")));
     EXPECT_EQ(logLines().back(),
-              info("keptvaudiooutput:setSoundOutput", "successfully set soundoutput external_arc"));
+              info("keptvaudio:setSoundOutput", "successfully set soundoutput external_arc"));
     EXPECT_EQ(mBackend.getCurrentSoundout(), KEP_AUDIO_ARC);
 }
 
@@ -873,10 +871,10 @@ TEST_F(SoundOutputFailure, OfTheDelayChangesTheOutputAllTheSame)
     EXPECT_THAT(logLines(kLogError),
                 ElementsAre(error("DELAY_MWL_ERROR", "keptvdelay:updateDelayValues",
                                   "Failed to update delay values"),
-                            error("DELAY_MIDDLEWARE_ERROR", "keptvaudiooutput:setSoundOutput",
+                            error("DELAY_MIDDLEWARE_ERROR", "keptvaudio:setSoundOutput",
                                   "Failed to update delay value to middleware")));
     EXPECT_EQ(logLines().back(),
-              info("keptvaudiooutput:setSoundOutput", "successfully set soundoutput bt_soundbar"));
+              info("keptvaudio:setSoundOutput", "successfully set soundoutput bt_soundbar"));
     EXPECT_EQ(mBackend.getCurrentSoundout(), KEP_AUDIO_BT_SOUNDBAR);
 }
 
@@ -884,8 +882,8 @@ TEST_F(SoundOutputFailure, OfTheInputGainIsTheLastThingLogged)
 {
     injectMiddleware("gain.setGainAsInput", 4);
     EXPECT_EQ(mBackend.setSoundOutput("bt_soundbar"), kDone);
-    const LogLine last = error("GAIN_MIDDLEWARE_ERROR", "keptvaudiooutput:setSoundOutput",
-                               "Failed to update Input Gain");
+    const LogLine last =
+        error("GAIN_MIDDLEWARE_ERROR", "keptvaudio:setSoundOutput", "Failed to update Input Gain");
     EXPECT_THAT(logLines(kLogError), ElementsAre(error("GAIN_MWL_ERROR", "keptvgain:setInputGain",
                                                        "Failed to set input gain"),
                                                  last));
@@ -911,21 +909,19 @@ TEST_F(HeadphoneSelection, IsTheFirstSincePowerOnAndMutesBeforeItOpens)
     EXPECT_EQ(
         first,
         (Lines{
-            info("keptvaudiooutput:setSoundOutput", "Request to set soundOutput headphone"),
-            info("keptvaudiooutput:disconnectOutput", "disconnect outputType 0"),
-            info("keptvaudiooutput:connectOutput", "Connect outputType 32"),
-            info("keptvaudiooutput:connectHPOutput", "connectHPOutput:: Connect soundoutput 32"),
-            info("keptvaudiooutput:connectHPOutput",
+            info("keptvaudio:setSoundOutput", "Request to set soundOutput headphone"),
+            info("keptvaudio:disconnectOutput", "disconnect outputType 0"),
+            info("keptvaudio:connectOutput", "Connect outputType 32"),
+            info("keptvaudio:connectHPOutput", "connectHPOutput:: Connect soundoutput 32"),
+            info("keptvaudio:connectHPOutput",
                  "AC On headphone is selected, so muting to avoid noise"),
-            info("keptvaudioheadphone:setMuteHeadphone", "Called setMuteHeadphone muteStatus 1"),
-            info("keptvaudioheadphone:setMuteHeadphone",
-                 "Called setMuteHeadphone mHeadphoneMuteStatus 1"),
-            info("keptvaudioheadphone:executeMuteHeadphone",
-                 "Called execute muteHeadphone muteStatus 1"),
-            info("keptvaudioheadphone:isValidHeadphoneMute", "isValidHeadphoneMute check 1 0 0"),
+            info("keptvaudio:setMuteHeadphone", "Called setMuteHeadphone muteStatus 1"),
+            info("keptvaudio:setMuteHeadphone", "Called setMuteHeadphone mHeadphoneMuteStatus 1"),
+            info("keptvaudio:executeMuteHeadphone", "Called execute muteHeadphone muteStatus 1"),
+            info("keptvaudio:isValidHeadphoneMute", "isValidHeadphoneMute check 1 0 0"),
         }));
     EXPECT_THAT(logLines(),
-                Contains(info("keptvaudiooutput:connectHPOutput",
+                Contains(info("keptvaudio:connectHPOutput",
                               "During AC ON, headphone selected timer running, so skipping "
                               "unmute")));
     EXPECT_TRUE(mBackend.getMuteHeadphone());
@@ -970,7 +966,7 @@ TEST_F(HeadphoneSelection, WaitsForAPendingTimer)
     EXPECT_EQ(mBackend.setSoundOutput("headphone"), kDone);
     mBackend.mHeadphoneUnmuteTimerID = 0;
     EXPECT_THAT(told(), Not(Contains("subcpu_misc_Set_HPMuteOnOff false")));
-    EXPECT_THAT(logLines(), Contains(info("keptvaudioheadphone:setMuteHeadphone",
+    EXPECT_THAT(logLines(), Contains(info("keptvaudio:setMuteHeadphone",
                                           "To avoid noise Headphone timer is running, so skip "
                                           "headphone unmute")));
 }
@@ -1027,9 +1023,9 @@ TEST_F(SingleOutput, OfAnotherIdentifierFailsSilently)
         EXPECT_FALSE(mBackend.connectOutput(output)) << number;
         EXPECT_FALSE(mBackend.disconnectOutput(output)) << number;
         EXPECT_THAT(told(), IsEmpty()) << number;
-        EXPECT_EQ(logLines(), (Lines{info("keptvaudiooutput:connectOutput",
+        EXPECT_EQ(logLines(), (Lines{info("keptvaudio:connectOutput",
                                           "Connect outputType " + std::to_string(number)),
-                                     info("keptvaudiooutput:disconnectOutput",
+                                     info("keptvaudio:disconnectOutput",
                                           "disconnect outputType " + std::to_string(number))}));
     }
 }

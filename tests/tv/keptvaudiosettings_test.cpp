@@ -33,10 +33,10 @@ using Texts = std::vector<std::string>;
 
 constexpr AdapterLog kDispatch{"keptvaudio", ""};
 constexpr AdapterLog kSettings{"keptvaudiosettings", "INVALID_PARAMETER"};
-constexpr AdapterLog kDigital{"keptvaudiodigital", "CONTROL_ELEMENT_SET_ERROR"};
-constexpr AdapterLog kHeadphone{"keptvaudioheadphone", "INVALID_PARAMETER"};
-constexpr AdapterLog kVolume{"keptvaudiovolume", "SUBCPU_ERROR"};
-constexpr AdapterLog kControl{"keptvaudiocontrol", "CONTROL_ELEMENT_SET_ERROR"};
+constexpr AdapterLog kDigital{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
+constexpr AdapterLog kHeadphone{"keptvaudio", "INVALID_PARAMETER"};
+constexpr AdapterLog kVolume{"keptvaudio", "SUBCPU_ERROR"};
+constexpr AdapterLog kControl{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
 constexpr AdapterLog kParser{"keptvparser", ""};
 constexpr AdapterLog kEngine{"keptvsoundengine", "SOUND_ENGINE_MWL_ERROR"};
 constexpr AdapterLog kAmplifier{"keptvamplifier", "AMPLIFIER_MWL_ERROR"};

@@ -163,12 +163,12 @@ std::vector<ElementRow> elementsOfTheCard()
 
 LogLine errorOf(const std::string& id, const std::string& text)
 {
-    return {kLogError, id, "keptvaudiocontrol:setControlElement", text};
+    return {kLogError, id, "keptvaudio:setControlElement", text};
 }
 
 const LogLine kNotFound = errorOf("CONTROL_ELEMENT_NOT_FOUND", "Did not find the element");
-const LogLine kNotClosed{kLogError, "CONTROL_DEVICE_CLOSE_ERROR",
-                         "keptvaudiocontrol:closeControlHandle", "device can't close"};
+const LogLine kNotClosed{kLogError, "CONTROL_DEVICE_CLOSE_ERROR", "keptvaudio:closeControlHandle",
+                         "device can't close"};
 
 class KepTVAudioControl : public TelevisionTest
 {
@@ -545,7 +545,7 @@ TEST_F(KepTVAudioControl, AMuteThatFailsIsLoggedWithElementAndOutput)
                 ElementsAre(errorOf("CONTROL_ELEMENT_WRITE_ERROR",
                                     "Control element write error: Input/output error"),
                             LogLine{kLogError, "CONTROL_ELEMENT_SET_ERROR",
-                                    "keptvaudiocontrol:setMuteControlElement",
+                                    "keptvaudio:setMuteControlElement",
                                     "Did not able to set the element: Mute Output on 32"}));
     EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", "Mute Output", {16, 1}, -EIO}));
     expectHandles(1);
@@ -559,7 +559,7 @@ TEST_F(KepTVAudioControl, AnUnmuteThatFailsIsLoggedWithTheOutputNotItsTypeBit)
         logLines(),
         ElementsAre(errorOf("CONTROL_HANDLE_OPEN_ERROR", "Control hw:0 open error: No such device"),
                     LogLine{kLogError, "CONTROL_ELEMENT_SET_ERROR",
-                            "keptvaudiocontrol:setMuteControlElement",
+                            "keptvaudio:setMuteControlElement",
                             "Did not able to set the element: Mute Output on 131072"}));
     expectHandles(0);
 }

@@ -105,7 +105,7 @@ Lines adopting(bool active)
     Lines lines = {info("keptvaudio:getActiveState",
                         std::string{"Getting ActiveStatus: "} + (active ? "1" : "0"))};
     if (active)
-        lines.push_back(info("keptvaudiodigital:updateCodecImmersiveFormat",
+        lines.push_back(info("keptvaudio:updateCodecImmersiveFormat",
                              "Called updateCodecImmersiveFormat to update codec and immersive "
                              "format"));
     else

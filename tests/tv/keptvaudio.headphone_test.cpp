@@ -58,7 +58,7 @@ using Texts = std::vector<std::string>;
 using Lines = std::vector<LogLine>;
 
 constexpr int kBroken = 5; // any status but 0
-constexpr const char* kFile = "keptvaudioheadphone:";
+constexpr const char* kFile = "keptvaudio:";
 
 const GSourceFunc kResumeCallback = &kepTVAudio::_resetHeadphoneUnmuteTimerCallback;
 const GSourceFunc kColdStartCallback = &kepTVAudio::_headphoneUnmuteAcOnCallback;
@@ -200,7 +200,7 @@ bool Prediction::writeMute(KEP_AUDIO_SNDOUT_T output, const std::string& type, b
     if (refused) {
         logged.push_back(refusedByDriver());
         logged.push_back(
-            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudiocontrol:setMuteControlElement",
+            error("CONTROL_ELEMENT_SET_ERROR", "keptvaudio:setMuteControlElement",
                   "Did not able to set the element: Mute Output on " + std::to_string(output)));
     }
     return !refused;
@@ -213,12 +213,12 @@ void Prediction::amplifier(bool mute)
 
 void Prediction::setExternalSpeaker(bool mute)
 {
-    logged.push_back(info("keptvaudiovolume:executeMuteExtSpeaker",
+    logged.push_back(info("keptvaudio:executeMuteExtSpeaker",
                           "executeMuteExtSpeaker is called / muteStatus = " + flag(mute)));
     told.push_back("subcpu_misc_Set_HPMuteOnOff " + word(mute) +
                    (mNow.externalSpeakerFails ? " -> 5" : ""));
     if (mNow.externalSpeakerFails)
-        logged.push_back(error("SUBCPU_ERROR", "keptvaudiovolume:executeMuteExtSpeaker",
+        logged.push_back(error("SUBCPU_ERROR", "keptvaudio:executeMuteExtSpeaker",
                                "Failed to set external speaker mute status " + flag(mute)));
 }
 

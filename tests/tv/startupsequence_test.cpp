@@ -232,17 +232,17 @@ const std::string kCreated =
     "6 INFO_LOG keptvaudiosettings:setSoundSettings startXmlParsing thread is getting created";
 const std::string kInMainThread =
     "6 INFO_LOG keptvaudiosettings:setSoundSettings Inside main Thread :: ID  = <self>";
-const std::string kCompleted = "6 INFO_LOG keptvaudiostartup:startXmlParsing XML parsing is "
+const std::string kCompleted = "6 INFO_LOG keptvaudio:startXmlParsing XML parsing is "
                                "completed and respective Thread :: ID  = <self>";
-const std::string kMuted = "6 INFO_LOG keptvaudiostartup:startXmlParsing Snapshot Bootup, muting "
+const std::string kMuted = "6 INFO_LOG keptvaudio:startXmlParsing Snapshot Bootup, muting "
                            "headphone to avoid noise during AC on";
-const std::string kTimerStarted = "6 INFO_LOG keptvaudiostartup:startXmlParsing Bootup, muting "
+const std::string kTimerStarted = "6 INFO_LOG keptvaudio:startXmlParsing Bootup, muting "
                                   "headphone to avoid noise. Timer is started for 5 sec";
-const std::string kRetry = "6 INFO_LOG keptvaudiostartup:startXmlParsing Gain is setting to driver "
+const std::string kRetry = "6 INFO_LOG keptvaudio:startXmlParsing Gain is setting to driver "
                            "again as it failed before,mIsInitGainAudioUpdate value is 0";
-const std::string kBroadcast = "6 INFO_LOG keptvaudiodigital:setBroadcastSystem setBroadcastSystem "
+const std::string kBroadcast = "6 INFO_LOG keptvaudio:setBroadcastSystem setBroadcastSystem "
                                "broadcastSystemValue DVB";
-const std::string kWriteError = "3 CONTROL_ELEMENT_WRITE_ERROR keptvaudiocontrol:setControlElement "
+const std::string kWriteError = "3 CONTROL_ELEMENT_WRITE_ERROR keptvaudio:setControlElement "
                                 "Control element write error: Input/output error";
 const std::string kParams = R"( {"tv.zib.tvBroadcastSystem":"DVB"})";
 
@@ -254,7 +254,7 @@ std::string performance(const std::string& group, const std::string& status)
 
 std::string headphone(const std::string& text)
 {
-    return "6 INFO_LOG keptvaudioheadphone:" + text;
+    return "6 INFO_LOG keptvaudio:" + text;
 }
 
 /// The worker's life when nothing fails and the initial gains had been written.
@@ -303,12 +303,12 @@ const std::vector<std::string> kWholeLife = {
 };
 
 const std::vector<std::string> kGains = {
-    "6 INFO_LOG keptvaudiostartup:initGainAudio init Gain Audio",
+    "6 INFO_LOG keptvaudio:initGainAudio init Gain Audio",
     "Gain Input 16 5 8388608",
     "Gain Input 16 6 8388608",
     "Gain Input 16 7 8388608",
     "Gain Output 1 8388608",
-    "6 INFO_LOG keptvaudiostartup:initGainAudio mIsInitGainAudioUpdate value is 1",
+    "6 INFO_LOG keptvaudio:initGainAudio mIsInitGainAudioUpdate value is 1",
 };
 
 /// The lines with `more` put in behind the line `place`.
@@ -768,22 +768,21 @@ TEST_F(StartupSequence, GoesOnWithEveryLaterStepWhenOneFails)
          "subcpu_misc_Set_HPMuteOnOff",
          7,
          "subcpu_misc_Set_HPMuteOnOff true",
-         {"3 SUBCPU_ERROR keptvaudioheadphone:executeMuteHeadphone Failed to set headphone mute "
+         {"3 SUBCPU_ERROR keptvaudio:executeMuteHeadphone Failed to set headphone mute "
           "status 1"},
          bootup},
         {FaultPoint::CardWrite,
          "Mute Output",
          -EIO,
          "Mute Output 16 1",
-         {kWriteError,
-          "3 CONTROL_ELEMENT_SET_ERROR keptvaudiocontrol:setMuteControlElement Did not "
-          "able to set the element: Mute Output on 32"},
+         {kWriteError, "3 CONTROL_ELEMENT_SET_ERROR keptvaudio:setMuteControlElement Did not "
+                       "able to set the element: Mute Output on 32"},
          bootup},
         {FaultPoint::CardWrite,
          "Sndout Spdif CategoryCode",
          -EIO,
          "Sndout Spdif CategoryCode 12 12",
-         {kWriteError, "3 CONTROL_ELEMENT_SET_ERROR keptvaudiodigital:setBroadcastSystem Did not "
+         {kWriteError, "3 CONTROL_ELEMENT_SET_ERROR keptvaudio:setBroadcastSystem Did not "
                        "able to set the element: Sndout Spdif CategoryCode"}},
         middleware("soundengine.registerQualityParams",
                    "SOUND_ENGINE_MWL_ERROR keptvsoundengine:initSoundEngineAttributes Failed to "
@@ -834,7 +833,7 @@ TEST_F(StartupSequence, GoesToItsEndWhenEverythingFails)
     };
     for (const std::string& call : told)
         EXPECT_EQ(count(call + " -> 7"), 1) << call;
-    EXPECT_EQ(count("3 CONTROL_HANDLE_OPEN_ERROR keptvaudiocontrol:setControlElement Control hw:0 "
+    EXPECT_EQ(count("3 CONTROL_HANDLE_OPEN_ERROR keptvaudio:setControlElement Control hw:0 "
                     "open error: No such device"),
               2);
     EXPECT_THAT(startedTimers(), IsEmpty());
@@ -853,7 +852,7 @@ TEST_F(StartupSequence, ReportsABroadcastSystemThatNobodyNamed)
         if (line.size() > kParams.size() && line.ends_with(kParams))
             line = line.substr(0, line.size() - kParams.size()) + " {}";
         if (line == kBroadcast)
-            line = "3 INVALID_PARAMETER keptvaudiodigital:setBroadcastSystem "
+            line = "3 INVALID_PARAMETER keptvaudio:setBroadcastSystem "
                    "tv.zib.tvBroadcastSystem is not available. Failed to set Broadcast System";
     }
     EXPECT_EQ(workerDid(), without(expected, {"Sndout Spdif CategoryCode 12 12"}));
@@ -887,7 +886,7 @@ TEST_F(StartupGains, AreTriedByEachLifeUntilTheyAreWritten)
     more.insert(more.end(), kGains.begin(), kGains.end());
     more[2] += " -> -5";
     more.insert(more.begin() + 3, {kWriteError, "3 CONTROL_ELEMENT_SET_ERROR "
-                                                "keptvaudiostartup:initGainAudio Did not able to "
+                                                "keptvaudio:initGainAudio Did not able to "
                                                 "set the element Gain Input"});
     more.back().back() = '0';
     EXPECT_EQ(live(), insertedBehind(kWholeLife, kTimerStarted, more));

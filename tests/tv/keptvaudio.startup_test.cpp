@@ -40,14 +40,13 @@ ControlEvent outputGain(int status = 0)
 
 LogLine startupLine(int level, const std::string& id, const std::string& text)
 {
-    return {level, id, "keptvaudiostartup:initGainAudio", text};
+    return {level, id, "keptvaudio:initGainAudio", text};
 }
 
 const LogLine kBegun = startupLine(kLogInfo, "INFO_LOG", "init Gain Audio");
 const LogLine kNotYetDone = startupLine(kLogInfo, "INFO_LOG", "mIsInitGainAudioUpdate value is 0");
 const LogLine kDone = startupLine(kLogInfo, "INFO_LOG", "mIsInitGainAudioUpdate value is 1");
-const LogLine kWriteError{kLogError, "CONTROL_ELEMENT_WRITE_ERROR",
-                          "keptvaudiocontrol:setControlElement",
+const LogLine kWriteError{kLogError, "CONTROL_ELEMENT_WRITE_ERROR", "keptvaudio:setControlElement",
                           "Control element write error: Input/output error"};
 const LogLine kInputNotSet = startupLine(kLogError, "CONTROL_ELEMENT_SET_ERROR",
                                          "Did not able to set the element Gain Input");
@@ -204,8 +203,7 @@ TEST_F(InitGainAudio, TriesEverythingWhenTheCardCannotBeOpened)
 {
     injectCard("open", -ENODEV);
     mBackend.initGainAudio();
-    const LogLine notOpened{kLogError, "CONTROL_HANDLE_OPEN_ERROR",
-                            "keptvaudiocontrol:setControlElement",
+    const LogLine notOpened{kLogError, "CONTROL_HANDLE_OPEN_ERROR", "keptvaudio:setControlElement",
                             "Control hw:0 open error: No such device"};
     EXPECT_THAT(logLines(), ElementsAre(kBegun, notOpened, kInputNotSet, notOpened, kInputNotSet,
                                         notOpened, kInputNotSet, notOpened, kOutputNotSet));

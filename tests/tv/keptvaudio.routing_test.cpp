@@ -111,7 +111,7 @@ JValue game()
 
 LogLine notSet(const std::string& function, const std::string& element)
 {
-    return error("CONTROL_ELEMENT_SET_ERROR", "keptvaudiorouting:" + function,
+    return error("CONTROL_ELEMENT_SET_ERROR", "keptvaudio:" + function,
                  "Did not able to set the element: " + element);
 }
 
@@ -200,20 +200,20 @@ TEST_F(ConnectInput, NamesEachMemberInTheLog)
         select(output.name);
         connect("AMIXER2", "SUB");
         Lines expected = {
-            info("keptvaudiorouting:connectInput",
+            info("keptvaudio:connectInput",
                  "Request to connect sourceName:AMIXER2 sinkName:SUB "
                  "pipelineAttribute:{\"pipelinePurpose\":[\"MAIN\"]} mCurrentSoundout:" +
                      std::to_string(output.output)),
-            debug("keptvaudiorouting:connectInput", "connectInput call for resource 22"),
+            debug("keptvaudio:connectInput", "connectInput call for resource 22"),
             info("keptvaudioutil:isValidpipelinePurpose",
                  "isValidpipelinePurpose purposeType: [\"MAIN\"]"),
         };
         if (output.output == KEP_AUDIO_SPK_SPDIF)
-            expected.push_back(debug("keptvaudiorouting:checkConnectInputResource",
+            expected.push_back(debug("keptvaudio:checkConnectInputResource",
                                      "Inside tv speaker and external speaker connect Input"));
         for (const Member& member : output.members)
             expected.push_back(
-                debug("keptvaudiorouting:connectInputResource",
+                debug("keptvaudio:connectInputResource",
                       "Connect audio resource 22 to soundoutput " + std::to_string(member.output)));
         expected.push_back(info("keptvgain:setInputGain", "calling setGainAsInput"));
         EXPECT_EQ(logLines(), expected) << output.name;
@@ -230,13 +230,13 @@ TEST_F(ConnectInput, RefusesAnUnknownResourceBeforeAnythingElse)
             EXPECT_EQ(connect(row.source, row.sink), kInvalidResource) << row.source;
             EXPECT_THAT(told(), IsEmpty()) << row.source;
             EXPECT_THAT(logLines(),
-                        ElementsAre(info("keptvaudiorouting:connectInput",
+                        ElementsAre(info("keptvaudio:connectInput",
                                          std::string{"Request to connect sourceName:"} +
                                              row.source + " sinkName:" + row.sink +
                                              " pipelineAttribute:{\"pipelinePurpose\":[\"MAIN\"]} "
                                              "mCurrentSoundout:" +
                                              (*output != '\0' ? "1" : "0")),
-                                    error("INVALID_RESOURCEID", "keptvaudiorouting:connectInput",
+                                    error("INVALID_RESOURCEID", "keptvaudio:connectInput",
                                           "Invalid resource ID 255 to connect audio")));
         }
     }
@@ -251,12 +251,12 @@ TEST_F(ConnectInput, NeedsASelectableOutput)
         EXPECT_EQ(connect("ADEC1", "MAIN"), kInvalidOutput) << output;
         EXPECT_THAT(told(), IsEmpty()) << output;
         EXPECT_THAT(logLines(),
-                    ElementsAre(info("keptvaudiorouting:connectInput",
+                    ElementsAre(info("keptvaudio:connectInput",
                                      "Request to connect sourceName:ADEC1 sinkName:MAIN "
                                      "pipelineAttribute:{\"pipelinePurpose\":[\"MAIN\"]} "
                                      "mCurrentSoundout:" +
                                          std::to_string(output)),
-                                error("INVALID_SOUNDOUTPUT", "keptvaudiorouting:connectInput",
+                                error("INVALID_SOUNDOUTPUT", "keptvaudio:connectInput",
                                       "connectInput  call for resource 9 failed as no valid sound "
                                       "out is set")));
     }
@@ -310,7 +310,7 @@ TEST_F(ConnectInput, GoesOnWithoutTheInputGain)
     EXPECT_THAT(
         logLines(kLogError),
         ElementsAre(error("GAIN_MWL_ERROR", "keptvgain:setInputGain", "Failed to set input gain"),
-                    error("GAIN_MIDDLEWARE_ERROR", "keptvaudiorouting:connectInput",
+                    error("GAIN_MIDDLEWARE_ERROR", "keptvaudio:connectInput",
                           "Failed to update Input Gain")));
     EXPECT_THAT(recorded(), ElementsAre("1 0"));
 }
@@ -382,14 +382,13 @@ TEST_F(MainAudio, IsWrittenUnlessAPurposeSpeaksAgainstIt)
         EXPECT_EQ(told(),
                   row.main ? (Texts{kMainAudio, kConnect, kUsual}) : (Texts{kConnect, kUsual}))
             << text;
-        Lines expected = {
-            debug("keptvaudiorouting:connectInput", "connectInput call for resource 8")};
+        Lines expected = {debug("keptvaudio:connectInput", "connectInput call for resource 8")};
         if (!row.main)
-            expected.push_back(debug("keptvaudiorouting:connectInput",
+            expected.push_back(debug("keptvaudio:connectInput",
                                      "Did not set Sndout MainAudio Output,when pipelinePurpose = "
                                      "\"audiodescription\" and stream type \"\""));
-        expected.push_back(debug("keptvaudiorouting:connectInputResource",
-                                 "Connect audio resource 8 to soundoutput 1"));
+        expected.push_back(
+            debug("keptvaudio:connectInputResource", "Connect audio resource 8 to soundoutput 1"));
         EXPECT_EQ(logLines(kLogDebug), expected) << text;
     }
     EXPECT_THAT(recorded(), SizeIs(rows.size()));
@@ -402,17 +401,16 @@ TEST_F(MainAudio, IsNotTakenByAGame)
     EXPECT_THAT(
         logLines(),
         ElementsAre(
-            info("keptvaudiorouting:connectInput",
+            info("keptvaudio:connectInput",
                  "Request to connect sourceName:ADEC0 sinkName:MAIN pipelineAttribute:"
                  "{\"pipelinePurpose\":[\"MAIN\"],\"streamType\":\"kepgame\"} mCurrentSoundout:1"),
-            debug("keptvaudiorouting:connectInput", "connectInput call for resource 8"),
+            debug("keptvaudio:connectInput", "connectInput call for resource 8"),
             info("keptvaudioutil:isValidpipelinePurpose",
                  "isValidpipelinePurpose purposeType: [\"MAIN\"]"),
-            debug("keptvaudiorouting:connectInput",
+            debug("keptvaudio:connectInput",
                   "Did not set Sndout MainAudio Output,when pipelinePurpose = "
                   "\"audiodescription\" and stream type \"kepgame\""),
-            debug("keptvaudiorouting:connectInputResource",
-                  "Connect audio resource 8 to soundoutput 1"),
+            debug("keptvaudio:connectInputResource", "Connect audio resource 8 to soundoutput 1"),
             info("keptvgain:setInputGain", "calling setGainAsInput")));
     EXPECT_THAT(recorded(), ElementsAre("1 0"));
 }
@@ -436,7 +434,7 @@ TEST_F(MainAudio, NamesTheStreamTypeOfARefusedPurpose)
     EXPECT_EQ(connect("ADEC0", "MAIN", description), kDone);
     EXPECT_THAT(told(), ElementsAre(kConnect, kUsual));
     EXPECT_THAT(logLines(kLogDebug),
-                testing::Contains(debug("keptvaudiorouting:connectInput",
+                testing::Contains(debug("keptvaudio:connectInput",
                                         "Did not set Sndout MainAudio Output,when pipelinePurpose "
                                         "= \"audiodescription\" and stream type \"kepmedia\"")));
 }
@@ -490,15 +488,15 @@ TEST_F(DisconnectInput, NamesEachMemberInTheLog)
     for (const OutputRow& output : kOutputs) {
         select(output.name);
         disconnect("ADEC1", "MAIN");
-        Lines expected = {info("keptvaudiorouting:disconnectInput",
-                               "Request to disconnect source ADEC1 and sink MAIN "
-                               "mCurrentSoundout:" +
-                                   std::to_string(output.output))};
+        Lines expected = {
+            info("keptvaudio:disconnectInput", "Request to disconnect source ADEC1 and sink MAIN "
+                                               "mCurrentSoundout:" +
+                                                   std::to_string(output.output))};
         if (output.output == KEP_AUDIO_SPK_SPDIF)
-            expected.push_back(debug("keptvaudiorouting:checkDisconnectInputResource",
+            expected.push_back(debug("keptvaudio:checkDisconnectInputResource",
                                      "Disconnect Input from tv speaker and externl speaker"));
         for (const Member& member : output.members)
-            expected.push_back(debug("keptvaudiorouting:disconnectInputResource",
+            expected.push_back(debug("keptvaudio:disconnectInputResource",
                                      "Disconnect audio resource 9 to soundoutput " +
                                          std::to_string(member.output)));
         EXPECT_EQ(logLines(), expected) << output.name;
@@ -512,7 +510,7 @@ TEST_F(DisconnectInput, RefusesAnUnknownResourceWithoutAnError)
         EXPECT_EQ(disconnect(row.source, row.sink), kInvalidResource) << row.source;
         EXPECT_THAT(told(), IsEmpty()) << row.source;
         EXPECT_THAT(logLines(),
-                    ElementsAre(info("keptvaudiorouting:disconnectInput",
+                    ElementsAre(info("keptvaudio:disconnectInput",
                                      std::string{"Request to disconnect source "} + row.source +
                                          " and sink " + row.sink + " mCurrentSoundout:0")));
     }
@@ -529,10 +527,10 @@ TEST_F(DisconnectInput, NeedsASelectableOutput)
         EXPECT_THAT(told(), IsEmpty()) << output;
         EXPECT_THAT(
             logLines(),
-            ElementsAre(info("keptvaudiorouting:disconnectInput",
+            ElementsAre(info("keptvaudio:disconnectInput",
                              "Request to disconnect source AMIXER7 and sink SUB mCurrentSoundout:" +
                                  std::to_string(output)),
-                        error("INVALID_SOUNDOUTPUT", "keptvaudiorouting:disconnectInput",
+                        error("INVALID_SOUNDOUTPUT", "keptvaudio:disconnectInput",
                               "disconnectInput  call for resource 27 failed as no valid sound "
                               "out is set")));
     }
@@ -625,17 +623,17 @@ TEST_F(RoutingTest, EveryOtherValueOfTheOutputMeansSpeakerAndOptical)
                                         "Sndout Disconnect 1 1 0", "Sndout Disconnect 2 1 0"))
             << output;
         EXPECT_THAT(logLines(),
-                    ElementsAre(debug("keptvaudiorouting:checkConnectInputResource",
+                    ElementsAre(debug("keptvaudio:checkConnectInputResource",
                                       "Inside tv speaker and external speaker connect Input"),
-                                debug("keptvaudiorouting:connectInputResource",
+                                debug("keptvaudio:connectInputResource",
                                       "Connect audio resource 8 to soundoutput 1"),
-                                debug("keptvaudiorouting:connectInputResource",
+                                debug("keptvaudio:connectInputResource",
                                       "Connect audio resource 8 to soundoutput 2"),
-                                debug("keptvaudiorouting:checkDisconnectInputResource",
+                                debug("keptvaudio:checkDisconnectInputResource",
                                       "Disconnect Input from tv speaker and externl speaker"),
-                                debug("keptvaudiorouting:disconnectInputResource",
+                                debug("keptvaudio:disconnectInputResource",
                                       "Disconnect audio resource 8 to soundoutput 1"),
-                                debug("keptvaudiorouting:disconnectInputResource",
+                                debug("keptvaudio:disconnectInputResource",
                                       "Disconnect audio resource 8 to soundoutput 2")))
             << output;
     }
@@ -667,9 +665,9 @@ TEST_F(Reroute, WritesEveryResourceInOrder)
     EXPECT_THAT(told(), ElementsAre("Sndout Connect 128 16 7", "Sndout Connect 128 1 1",
                                     "Sndout Connect 128 16 7", "Sndout Disconnect 4 16 7",
                                     "Sndout Disconnect 4 1 1", "Sndout Disconnect 4 16 7"));
-    EXPECT_THAT(logLines(), ElementsAre(info("keptvaudiorouting:connectDisconnectResources",
+    EXPECT_THAT(logLines(), ElementsAre(info("keptvaudio:connectDisconnectResources",
                                              "Connect or disconnect status 1 speakerType 128"),
-                                        info("keptvaudiorouting:connectDisconnectResources",
+                                        info("keptvaudio:connectDisconnectResources",
                                              "Connect or disconnect status 0 speakerType 4")));
 }
 
@@ -678,9 +676,9 @@ TEST_F(Reroute, HasNothingToDoWithoutResources)
     EXPECT_TRUE(mBackend.connectDisconnectResources(16, /*connect=*/true));
     EXPECT_TRUE(mBackend.connectDisconnectResources(16, /*connect=*/false));
     EXPECT_THAT(told(), IsEmpty());
-    EXPECT_THAT(logLines(), ElementsAre(info("keptvaudiorouting:connectDisconnectResources",
+    EXPECT_THAT(logLines(), ElementsAre(info("keptvaudio:connectDisconnectResources",
                                              "Connect or disconnect status 1 speakerType 16"),
-                                        info("keptvaudiorouting:connectDisconnectResources",
+                                        info("keptvaudio:connectDisconnectResources",
                                              "Connect or disconnect status 0 speakerType 16")));
 }
 

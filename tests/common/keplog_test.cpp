@@ -97,6 +97,8 @@ constexpr StemRow kStems[] = {
     {"/usr/src/kep-0.1.0/src/client/kepclient.cpp",  "kepclient"},
     {"/usr/src/kep-0.1.0/src/client/kepclient",      "kepclient"},
     {"kepclient",                                    "kepclient"},
+    {"src/tv/keptvaudio.routing.cpp",                "keptvaudio"},
+    {"../src/tv/keptvaudio.routing.cpp",             "keptvaudio"},
     {"",                                             ""},
 };
 // clang-format on
@@ -168,7 +170,7 @@ TEST_F(KepLog, APlaceIsWrittenWithTheStemOfItsFile)
     EXPECT_THAT(raw(), ElementsAre(expected, expected));
 }
 
-TEST_F(KepLog, TheStemIsTheNameWithoutFoldersAndExtension)
+TEST_F(KepLog, TheStemIsTheNameWithoutFoldersUpToItsFirstDot)
 {
     for (const StemRow& row : kStems)
         EXPECT_EQ(kepLogStem(row.path), row.stem) << row.path;

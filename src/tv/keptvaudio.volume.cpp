@@ -2,8 +2,8 @@
 // Volume and mute: which mechanism carries the request is a matter of the output.
 // What was asked for is kept even when it could not be carried out: other rooms apply it again
 // later.
-#include "keplog.h"
 #include "keptvaudio.h"
+#include "keplog.h"
 #include "subcpu.h"
 
 namespace

@@ -80,12 +80,12 @@ std::string word(bool value)
 
 LogLine volumeInfo(const std::string& function, const std::string& text)
 {
-    return info("keptvaudiovolume:" + function, text);
+    return info("keptvaudio:" + function, text);
 }
 
 LogLine volumeError(const std::string& id, const std::string& function, const std::string& text)
 {
-    return error(id, "keptvaudiovolume:" + function, text);
+    return error(id, "keptvaudio:" + function, text);
 }
 
 /// What a request is expected to do.
@@ -198,10 +198,10 @@ Expected volumeRequest(const OutputRow& row, int volume, const Situation& situat
         expected.result = situation.fails ? kFailed : kDone;
         break;
     case Way::SoundSync:
-        expected.logged.push_back(debug("keptvaudiovolume:setOutputVolume",
+        expected.logged.push_back(debug("keptvaudio:setOutputVolume",
                                         "setOutputVolume for QN sound sync - Volume = " + number +
                                             ", Mute = " + flag(situation.storedMute)));
-        expected.logged.push_back(debug("keptvaudiovolume:setQNSoundSyncOutputVolume",
+        expected.logged.push_back(debug("keptvaudio:setQNSoundSyncOutputVolume",
                                         "Request to set volume " + number + " and muteStatus " +
                                             flag(situation.storedMute)));
         expected.told.push_back("Sndout Optic QN 15747238 " + number + " " +
@@ -248,7 +248,7 @@ Expected muteRequest(const OutputRow& row, bool mute, const Situation& situation
         }
         break;
     case Way::Headphone: {
-        const std::string file = "keptvaudioheadphone:";
+        const std::string file = "keptvaudio:";
         for (const char* name : {"muteStatus ", "mHeadphoneMuteStatus "})
             expected.logged.push_back(
                 info(file + "setMuteHeadphone",
@@ -262,7 +262,7 @@ Expected muteRequest(const OutputRow& row, bool mute, const Situation& situation
         if (situation.fails) {
             expected.logged.push_back(refusedByDriver());
             expected.logged.push_back(error("CONTROL_ELEMENT_SET_ERROR",
-                                            "keptvaudiocontrol:setMuteControlElement",
+                                            "keptvaudio:setMuteControlElement",
                                             "Did not able to set the element: Mute Output on 32"));
         }
         break;
@@ -270,7 +270,7 @@ Expected muteRequest(const OutputRow& row, bool mute, const Situation& situation
     case Way::SoundSync: {
         const std::string volume = std::to_string(situation.storedVolume);
         expected.logged.push_back(
-            debug("keptvaudiovolume:setQNSoundSyncOutputVolume",
+            debug("keptvaudio:setQNSoundSyncOutputVolume",
                   "Request to set volume " + volume + " and muteStatus " + number));
         expected.told.push_back("Sndout Optic QN 15747238 " + volume + " " + number + " 1" +
                                 failed);
@@ -479,7 +479,7 @@ TEST_F(OutputVolume, OfTheSoundBarIsAlsoAnOperationOfItsOwn)
                 EXPECT_THAT(told(),
                             ElementsAre("Sndout Optic QN 15747238 " + std::to_string(volume) + " " +
                                         flag(mute) + " 1" + statusText(fails, " -> -5")));
-                Lines expected = {debug("keptvaudiovolume:setQNSoundSyncOutputVolume",
+                Lines expected = {debug("keptvaudio:setQNSoundSyncOutputVolume",
                                         "Request to set volume " + std::to_string(volume) +
                                             " and muteStatus " + flag(mute))};
                 if (fails)
@@ -547,7 +547,7 @@ TEST_F(OutputMute, OfTheHeadphoneFailsWithEitherOfItsSteps)
     EXPECT_EQ(mBackend.setOutputMute("headphone", /*mute=*/true), kFailed);
     EXPECT_THAT(told(), ElementsAre("subcpu_misc_Set_HPMuteOnOff true -> 7", "Mute Output 16 1"));
     EXPECT_THAT(logLines(kLogError),
-                ElementsAre(error("SUBCPU_ERROR", "keptvaudioheadphone:executeMuteHeadphone",
+                ElementsAre(error("SUBCPU_ERROR", "keptvaudio:executeMuteHeadphone",
                                   "Failed to set headphone mute status 1")));
 }
 
@@ -762,7 +762,7 @@ TEST_F(VolumeTest, AResetIsAskedForByATrueReset)
     for (const auto& row : rows) {
         forget();
         EXPECT_EQ(mBackend.checkForResetValue(row.value), row.expected) << row.value.stringify();
-        EXPECT_THAT(logLines(), ElementsAre(debug("keptvaudiovolume:checkForResetValue",
+        EXPECT_THAT(logLines(), ElementsAre(debug("keptvaudio:checkForResetValue",
                                                   "checking for reset value")));
         EXPECT_THAT(told(), IsEmpty());
     }
