@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace virtualtv
@@ -33,6 +35,27 @@ bool matches(const Injection& injection, FaultPoint point, std::string_view name
            (injection.card.empty() || injection.card == card) && injection.times != 0U;
 }
 
+struct Answer {
+    int status = 0;
+    unsigned delayMs = 0;
+};
+
+/// What the oldest matching injection in force answers, used up once.
+Answer answerTo(FaultPoint point, std::string_view name, std::string_view card)
+{
+    const std::lock_guard lock{theFaults().guard};
+    std::vector<Injection>& injections = theFaults().injections;
+    const auto inForce =
+        std::find_if(injections.begin(), injections.end(), [&](const Injection& injection) {
+            return matches(injection, point, name, card);
+        });
+    if (inForce == injections.end())
+        return {};
+    if (inForce->times)
+        --*inForce->times;
+    return {inForce->status, inForce->delayMs};
+}
+
 } // namespace
 
 void inject(Injection injection)
@@ -53,17 +76,10 @@ int injectedStatus(FaultPoint point, std::string_view name, std::string_view car
 {
     if (!gAnyInjection.load(std::memory_order_relaxed))
         return 0;
-    const std::lock_guard lock{theFaults().guard};
-    std::vector<Injection>& injections = theFaults().injections;
-    const auto inForce =
-        std::find_if(injections.begin(), injections.end(), [&](const Injection& injection) {
-            return matches(injection, point, name, card);
-        });
-    if (inForce == injections.end())
-        return 0;
-    if (inForce->times)
-        --*inForce->times;
-    return inForce->status;
+    const Answer answer = answerTo(point, name, card);
+    if (answer.delayMs > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds{answer.delayMs});
+    return answer.status;
 }
 
 } // namespace virtualtv

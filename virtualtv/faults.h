@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Faults that a script or a test plants in the virtual television. Usable from any thread.
+// Faults and late answers that a script or a test plants in the virtual television. Usable from any
+// thread.
 #pragma once
 
 #include <optional>
@@ -20,13 +21,15 @@ struct Injection {
     std::string card;              // as opened; "" is any
     int status;                    // what the access answers; 0 lets it through
     std::optional<unsigned> times; // how many accesses it holds for; empty: until cleared
+    unsigned delayMs = 0;          // how much later the access answers
 };
 
 VIRTUALTV_EXPORT void inject(Injection injection);
 VIRTUALTV_EXPORT void clearInjections();
 
 /// The status that this access has to answer: that of the oldest matching injection still in force,
-/// which this access uses up once; 0 when there is none.
+/// which this access uses up once; 0 when there is none. Returns when the answer is due; other
+/// threads' accesses do not wait with it.
 VIRTUALTV_EXPORT int injectedStatus(FaultPoint point, std::string_view name,
                                     std::string_view card = {});
 

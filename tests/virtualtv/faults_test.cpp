@@ -2,8 +2,10 @@
 // Faults planted in the virtual television: which of them an access meets, and for how long.
 #include "faults.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <latch>
 #include <optional>
 #include <thread>
@@ -246,4 +248,34 @@ TEST(Faults, PlantedByOneThreadAreMetByAnother)
     std::vector<int> statuses;
     std::thread{[&statuses] { statuses = statusesOfWrites(1); }}.join();
     EXPECT_THAT(statuses, ElementsAre(-5));
+}
+
+TEST(Faults, AnAnswerComesAsMuchLaterAsItsInjectionSays)
+{
+    for (const FaultPoint point : kPoints) {
+        clearInjections();
+        inject({point, "*", "", 7, 1, /*delayMs=*/30});
+        const auto asked = std::chrono::steady_clock::now();
+        EXPECT_EQ(injectedStatus(point, "anything"), 7);
+        EXPECT_GE(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds{30});
+    }
+}
+
+TEST(Faults, ALateAnswerKeepsNoOtherAccessWaiting)
+{
+    constexpr std::chrono::milliseconds kDelay{500};
+    inject({FaultPoint::Middleware, "gain.setInputVolume", "", 0, 1, kDelay.count()});
+    std::atomic<bool> answered{false};
+    std::thread late{[&answered] {
+        injectedStatus(FaultPoint::Middleware, "gain.setInputVolume");
+        answered = true;
+    }};
+    std::chrono::steady_clock::duration longest{};
+    while (!answered) {
+        const auto asked = std::chrono::steady_clock::now();
+        EXPECT_EQ(injectedStatus(FaultPoint::Middleware, "gain.setOutputVolume"), 0);
+        longest = std::max(longest, std::chrono::steady_clock::now() - asked);
+    }
+    late.join();
+    EXPECT_LT(longest, kDelay / 2);
 }

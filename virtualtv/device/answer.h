@@ -76,10 +76,11 @@ int answer(std::string_view operation, const Arguments&... arguments)
     return status;
 }
 
-/// The same for a query that answers `returned` and no status.
+/// The same for a query that answers `returned` and no status; it can be late, though.
 template <typename Returned, typename... Arguments>
 Returned answerQuery(std::string_view operation, Returned returned, const Arguments&... arguments)
 {
+    injectedStatus(FaultPoint::Middleware, operation);
     if (listening()) {
         JValue event = middlewareEvent(operation, arguments...);
         event.put("returned", toJson(returned));
