@@ -1,29 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // kepctl as it is used: the built program with scripts, options, pipes and a terminal.
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <fstream>
-#include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include <fcntl.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <alsa/asoundlib.h>
 #include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "jdomparser.h"
+#include "kepctltest.h"
 #include "scriptline.h"
-#include "televisiontest.h"
 
 using testing::AllOf;
 using testing::Contains;
@@ -35,188 +26,6 @@ using testing::IsSupersetOf;
 using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
-
-namespace
-{
-
-constexpr const char* kProgram = KEPCTL_PROGRAM;
-
-enum ExitStatus { kPlayed = 0, kCallFailed = 1, kUnusable = 2 };
-
-using Texts = std::vector<std::string>;
-
-struct Execution {
-    int status = -1; // as of a shell
-    std::string output;
-    std::string errors;
-};
-
-Texts linesOf(const std::string& text)
-{
-    Texts lines;
-    std::istringstream stream{text};
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-std::string contentOf(const std::filesystem::path& path)
-{
-    std::ostringstream bytes;
-    bytes << std::ifstream{path, std::ios::binary}.rdbuf();
-    return bytes.str();
-}
-
-/// The lines of the trace that tell such an event.
-Texts eventsOf(const Execution& outcome, const std::string& kind)
-{
-    Texts found;
-    for (const std::string& line : linesOf(outcome.output))
-        if (line.starts_with(R"({"event":")" + kind + "\""))
-            found.push_back(line);
-    return found;
-}
-
-int shellStatus(int status)
-{
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-[[noreturn]] void execute(const Texts& command)
-{
-    std::vector<char*> arguments;
-    for (const std::string& word : command)
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    execv(arguments.front(), arguments.data());
-    _exit(127);
-}
-
-void redirect(int descriptor, const std::filesystem::path& path, int flags)
-{
-    const int file = open(path.c_str(), flags | O_CLOEXEC, 0600);
-    if (file < 0 || dup2(file, descriptor) < 0)
-        _exit(126);
-}
-
-class Kepctl : public TelevisionTest
-{
-protected:
-    Kepctl()
-    {
-        // The program has to find its own way to the virtual cards and its configuration.
-        for (const char* variable : {"ALSA_CONFIG_PATH", "ALSA_PLUGIN_DIR"})
-            mOwnEnvironment.emplace_back(variable, getenv(variable));
-        for (const char* variable :
-             {"ALSA_CONFIG_PATH", "ALSA_PLUGIN_DIR", "KEP_CONFIG_DIR", "NO_COLOR"})
-            unsetenv(variable);
-        setenv("KEPCTL", kProgram, 1);
-    }
-
-    /// A file in the directory of this test.
-    [[nodiscard]] std::string file(const std::string& name, const std::string& content) const
-    {
-        std::ofstream{directory() / name, std::ios::binary} << content;
-        return directory() / name;
-    }
-    [[nodiscard]] std::string script(const std::string& content) const
-    {
-        return file("script.jsonl", content);
-    }
-
-    /// Runs a program to its end.
-    [[nodiscard]] Execution execution(const Texts& command, const std::string& input = "") const
-    {
-        const std::string inputFile = file("stdin", input);
-        const pid_t process = fork();
-        if (process == 0) {
-            redirect(STDIN_FILENO, inputFile, O_RDONLY);
-            redirect(STDOUT_FILENO, directory() / "stdout", O_WRONLY | O_CREAT | O_TRUNC);
-            redirect(STDERR_FILENO, directory() / "stderr", O_WRONLY | O_CREAT | O_TRUNC);
-            execute(command);
-        }
-        int status = 0;
-        EXPECT_EQ(waitpid(process, &status, 0), process);
-        return {shellStatus(status), contentOf(directory() / "stdout"),
-                contentOf(directory() / "stderr")};
-    }
-    [[nodiscard]] Execution kepctl(Texts arguments, const std::string& input = "") const
-    {
-        arguments.insert(arguments.begin(), kProgram);
-        return execution(arguments, input);
-    }
-    [[nodiscard]] Execution shell(const std::string& command) const
-    {
-        return execution({"/bin/sh", "-c", command});
-    }
-    /// Plays a script with the mixer backend, its trace as JSON lines.
-    [[nodiscard]] Execution play(const std::string& content, const Texts& options = {}) const
-    {
-        Texts arguments = {"run", "--backend", "ALSA", "--format", "jsonl"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        arguments.push_back(script(content));
-        return kepctl(arguments);
-    }
-    /// The same as text.
-    [[nodiscard]] Execution playAsText(const std::string& content, const Texts& options = {}) const
-    {
-        Texts arguments = {"run", "--backend", "ALSA"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        arguments.push_back(script(content));
-        return kepctl(arguments);
-    }
-    /// What kepctl shows on a terminal.
-    [[nodiscard]] std::string shownOnTerminal(const std::string& content) const
-    {
-        const std::string path = script(content);
-        int terminal = -1;
-        const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
-        if (process == 0)
-            execute({kProgram, "run", "--backend", "ALSA", path});
-        std::string shown;
-        std::array<char, 4096> part{};
-        ssize_t got = 0;
-        while ((got = read(terminal, part.data(), part.size())) > 0)
-            shown.append(part.data(), static_cast<std::size_t>(got));
-        close(terminal);
-        int status = 0;
-        waitpid(process, &status, 0);
-        EXPECT_EQ(shellStatus(status), kPlayed) << shown;
-        return shown;
-    }
-
-    /// The one value of an element, read with libasound in this process; -1 when that fails.
-    [[nodiscard]] long valueOf(const char* cardName, const char* element) const
-    {
-        for (const auto& [name, value] : mOwnEnvironment)
-            setenv(name.c_str(), value.c_str(), 1);
-        snd_ctl_t* opened = nullptr;
-        if (snd_ctl_open(&opened, cardName, 0) < 0)
-            return -1;
-        const std::unique_ptr<snd_ctl_t, decltype(&snd_ctl_close)> card{opened, &snd_ctl_close};
-        snd_ctl_elem_value_t* got = nullptr;
-        snd_ctl_elem_value_alloca(&got);
-        snd_ctl_elem_value_set_interface(got, SND_CTL_ELEM_IFACE_MIXER);
-        snd_ctl_elem_value_set_name(got, element);
-        return snd_ctl_elem_read(card.get(), got) < 0 ? -1 : snd_ctl_elem_value_get_integer(got, 0);
-    }
-
-private:
-    std::vector<std::pair<std::string, std::string>> mOwnEnvironment;
-};
-
-// Lines that most scripts here are made of.
-const std::string kInitialize = R"({"call": "initialize"})"
-                                "\n";
-const std::string kVolume40 = R"({"call": "setOutputVolume", "args": ["speaker", 40]})"
-                              "\n";
-const std::string kHeadphone = R"({"call": "getHeadphoneStatus"})"
-                               "\n";
-constexpr const char* kHeadphoneRequest = R"({"event":"request","call":"getHeadphoneStatus"})";
-constexpr const char* kVolumeWritten =
-    R"({"event":"control","card":"default","element":"Master Playback Volume","values":[40],"status":0})";
-
-} // namespace
 
 // --- Exit status and command line
 
@@ -878,96 +687,6 @@ TEST_F(Kepctl, AWaitRunsTheTimersThatFallIntoIt)
     EXPECT_EQ(early, 1);
     EXPECT_EQ(late, 0);
     g_source_remove(pending);
-}
-
-// --- Text for people
-
-TEST_F(Kepctl, ARequestIsABlockWithItsEffectsIndented)
-{
-    const Execution outcome =
-        playAsText(kInitialize + kVolume40 +
-                   R"({"inject": {"stage": "open", "status": -5, "times": 1}})"
-                   "\n" +
-                   kVolume40 + kHeadphone);
-    std::vector<Texts> blocks;
-    for (const std::string& line : linesOf(outcome.output)) {
-        if (line.empty()) {
-            blocks.emplace_back();
-            continue;
-        }
-        ASSERT_FALSE(blocks.empty()) << outcome.output;
-        EXPECT_EQ(line.front() == ' ', !blocks.back().empty()) << line;
-        blocks.back().push_back(line);
-    }
-    ASSERT_EQ(blocks.size(), 5U) << outcome.output;
-    EXPECT_EQ(blocks[0].front(), "initialize()");
-    EXPECT_THAT(blocks[0], Contains(HasSubstr("In kepClient::initialize ALSA")));
-    EXPECT_THAT(blocks[0].back(), MatchesRegex(" *= 1"));
-    EXPECT_THAT(blocks[1], ElementsAre(R"(setOutputVolume("speaker", 40))",
-                                       MatchesRegex(" +default +Master Playback Volume = 40"),
-                                       MatchesRegex(" *= 0")));
-    EXPECT_THAT(blocks[2], ElementsAre(R"(inject {"stage":"open","status":-5,"times":1})"));
-    EXPECT_THAT(blocks[3], ElementsAre(R"(setOutputVolume("speaker", 40))",
-                                       MatchesRegex(" +default +open +failed: Input/output error"),
-                                       AllOf(HasSubstr("error"), HasSubstr("SET_VOLUME_ERROR"),
-                                             HasSubstr("Failed setting volume to 40")),
-                                       MatchesRegex(" *= 2 +failed")));
-    EXPECT_THAT(blocks[4],
-                ElementsAre("getHeadphoneStatus()", MatchesRegex(" *= 0, not connected")));
-}
-
-TEST_F(Kepctl, TheScriptsCommentsAreShownToPeopleOnly)
-{
-    EXPECT_EQ(playAsText("# Good evening.\n# Good night.\n").output,
-              "\n# Good evening.\n# Good night.\n");
-    EXPECT_EQ(play("# Good evening.\n").output, "");
-}
-
-TEST_F(Kepctl, ALogTextTakesOneLineEach)
-{
-    const Execution outcome = playAsText(kInitialize + kVolume40, {"--log-level", "7"});
-    EXPECT_THAT(linesOf(outcome.output),
-                Contains(AllOf(StartsWith("    debug "), HasSubstr("snd_ctl_open on card"))));
-    EXPECT_THAT(outcome.output, Not(HasSubstr("value=40%\n\n    ")));
-}
-
-TEST_F(Kepctl, EveryStatusCanBeShown)
-{
-    for (const int status : {-1, -99999, INT_MIN + 1, INT_MIN}) {
-        const Execution outcome =
-            playAsText(kInitialize + R"({"inject": {"control": "*", "status": )" +
-                       std::to_string(status) + "}}\n" + kVolume40);
-        EXPECT_EQ(outcome.status, kPlayed) << status;
-        EXPECT_THAT(outcome.output, HasSubstr("Master Playback Volume = 40  failed")) << status;
-        EXPECT_EQ(outcome.errors, "") << status;
-    }
-}
-
-TEST_F(Kepctl, WithoutATerminalThereIsNoColour)
-{
-    EXPECT_THAT(playAsText(kVolume40 + kInitialize + kVolume40).output, Not(HasSubstr("\033")));
-}
-
-TEST_F(Kepctl, OnATerminalThereIsColour)
-{
-    const std::string shown = shownOnTerminal(kVolume40 + kInitialize + kVolume40);
-    EXPECT_THAT(shown, HasSubstr("\033[1m"));
-    EXPECT_THAT(shown, HasSubstr("\033[0m"));
-    EXPECT_THAT(shown, HasSubstr("setOutputVolume(\"speaker\", 40)"));
-}
-
-TEST_F(Kepctl, OnATerminalFailuresLookDifferent)
-{
-    const std::string bad = "\033[1;31m";
-    EXPECT_THAT(shownOnTerminal(kVolume40), HasSubstr(bad));
-    EXPECT_THAT(shownOnTerminal(kInitialize + kVolume40), Not(HasSubstr(bad)));
-}
-
-TEST_F(Kepctl, OnATerminalThereIsNoColourForThoseWhoDoNotWantIt)
-{
-    setenv("NO_COLOR", "1", 1);
-    EXPECT_THAT(shownOnTerminal(kVolume40 + kInitialize),
-                AllOf(Not(HasSubstr("\033")), HasSubstr("setOutputVolume")));
 }
 
 // --- Other programs

@@ -7,14 +7,13 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include <alsa/asoundlib.h>
 #include <glib.h>
 
 #include "environment.h"
 #include "loglevels.h"
 #include "player.h"
+#include "presentation.h"
 #include "trace.h"
 
 namespace
@@ -33,11 +32,12 @@ constexpr const char* kUsage =
 
 constexpr const char* kBackends[] = {"TV", "ALSA"};
 constexpr const char* kFormats[] = {"text", "jsonl"};
+constexpr const char* kColours[] = {"never", "always", "auto"};
 
 struct RunOptions {
     std::string backend = "TV";
     std::string configDirectory; // empty: the shipped one of the backend
-    std::string format = "text";
+    Presentation presentation;
     int logLevel = kLogInfo;
     bool strict = false;
     bool hardware = false;
@@ -71,6 +71,10 @@ std::string parseRunOptions(int argc, char** argv, RunOptions& options)
     gchar* backend = nullptr;
     gchar* config = nullptr;
     gchar* format = nullptr;
+    gchar* only = nullptr;
+    gchar* colour = nullptr;
+    gboolean time = FALSE;
+    gboolean noClocks = FALSE;
     gint logLevel = options.logLevel;
     gboolean strict = FALSE;
     gboolean hardware = FALSE;
@@ -86,13 +90,21 @@ std::string parseRunOptions(int argc, char** argv, RunOptions& options)
          "Level that the log admits: 3, 4, 6 (default) or 7", "N"},
         {"strict", 0, 0, G_OPTION_ARG_NONE, &strict,
          "Exit 1 when a call of the script gave a failure code", nullptr},
+        {"time", 0, 0, G_OPTION_ARG_NONE, &time, "Show the milliseconds since the start", nullptr},
+        {"no-clocks", 0, 0, G_OPTION_ARG_NONE, &noClocks,
+         "Show clocks and thread ids as 0, so that two runs are equal", nullptr},
+        {"only", 0, 0, G_OPTION_ARG_STRING, &only,
+         "Show only these events: request, result, control, middleware, gpio, subcpu, log, log:N",
+         "LIST"},
+        {"color", 0, 0, G_OPTION_ARG_STRING, &colour,
+         "auto (default) colours text on a terminal, unless NO_COLOR is set", "never|always|auto"},
         {"hardware", 0, 0, G_OPTION_ARG_NONE, &hardware,
          "Use the machine's own cards instead of the virtual ones", nullptr},
         {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &scripts, nullptr, "SCRIPT..."},
         {},
     };
     for (int i = 1; i < argc; ++i) // GLib would ignore the value
-        for (const std::string flag : {"--strict", "--hardware"})
+        for (const std::string flag : {"--strict", "--hardware", "--time", "--no-clocks"})
             if (flag + "=" == std::string{argv[i]}.substr(0, flag.size() + 1))
                 return flag + " takes no value";
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context{
@@ -103,6 +115,8 @@ std::string parseRunOptions(int argc, char** argv, RunOptions& options)
     const GText backendOwner{backend, g_free};
     const GText configOwner{config, g_free};
     const GText formatOwner{format, g_free};
+    const GText onlyOwner{only, g_free};
+    const GText colourOwner{colour, g_free};
     const std::unique_ptr<gchar*, decltype(&g_strfreev)> scriptsOwner{scripts, g_strfreev};
     if (!parsed) {
         const std::unique_ptr<GError, decltype(&g_error_free)> errorOwner{error, g_error_free};
@@ -110,7 +124,12 @@ std::string parseRunOptions(int argc, char** argv, RunOptions& options)
     }
     options.backend = backend != nullptr ? backend : options.backend;
     options.configDirectory = config != nullptr ? config : "";
-    options.format = format != nullptr ? format : options.format;
+    options.presentation.format = format != nullptr ? format : options.presentation.format;
+    if (only != nullptr)
+        options.presentation.only = only;
+    options.presentation.colour = colour != nullptr ? colour : options.presentation.colour;
+    options.presentation.time = time != FALSE;
+    options.presentation.noClocks = noClocks != FALSE;
     options.logLevel = logLevel;
     options.strict = strict != FALSE;
     options.hardware = hardware != FALSE;
@@ -119,8 +138,12 @@ std::string parseRunOptions(int argc, char** argv, RunOptions& options)
 
     if (!isOneOf(options.backend, kBackends))
         return "--backend must be TV or ALSA";
-    if (!isOneOf(options.format, kFormats))
+    if (!isOneOf(options.presentation.format, kFormats))
         return "--format must be text or jsonl";
+    if (!isOneOf(options.presentation.colour, kColours))
+        return "--color must be never, always or auto";
+    if (const std::string fault = faultOf(options.presentation); !fault.empty())
+        return fault;
     if (!isLogLevel(options.logLevel))
         return "--log-level must be 3, 4, 6 or 7";
     return options.scripts.empty() ? "no script given" : "";
@@ -144,11 +167,8 @@ int run(int argc, char** argv)
     snd_lib_error_set_handler(&ignoreAlsaMessage); // the library logs what matters of it
     admitLogLevel(options.logLevel);
 
-    const char* noColour = getenv("NO_COLOR");
-    const bool colour = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || *noColour == '\0');
     // Never destroyed: the backends still log when static objects are.
-    auto* trace =
-        new Trace{options.format == "jsonl" ? makeJsonLinesWriter() : makeTextWriter(colour)};
+    auto* trace = new Trace{makeWriter(options.presentation)};
     Player player{*trace};
     for (const std::string& script : options.scripts)
         if (!player.play(script))

@@ -3,10 +3,14 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
 
 #include "loglevels.h"
 #include "operations.h"
+#include "resultwords.h"
+#include "terminal.h"
+#include "textlayout.h"
 #include "trace.h"
 
 namespace
@@ -16,10 +20,20 @@ enum class Look { Plain, Bold, Dim, Good, Warning, Bad };
 
 // Terminal escapes by Look.
 constexpr const char* kEscapes[] = {"", "\033[1m", "\033[2m", "\033[32m", "\033[33m", "\033[1;31m"};
+constexpr const char* kPlainEscape = "\033[0m";
+
+constexpr std::size_t kWhereWidth = 12; // of the column that says where an effect happened
+constexpr std::size_t kTimeWidth = 7;   // of the milliseconds
+
+// How far what does not fit a line is indented on the next.
+constexpr std::size_t kRequestIndent = 8;
+constexpr std::size_t kEffectIndent = 4 + kWhereWidth + 2;
 
 struct Line {
     std::string text;
     Look look = Look::Plain;
+    std::size_t indent = kEffectIndent;
+    bool opensBlock = false; // an empty line stands before it
 };
 
 std::string padded(std::string text, std::size_t width)
@@ -28,10 +42,15 @@ std::string padded(std::string text, std::size_t width)
     return text;
 }
 
-/// The column that says where an effect happened, then what it was.
+std::string rightAligned(const std::string& text, std::size_t width)
+{
+    return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+/// Where an effect happened, then what it was.
 std::string effect(const std::string& where, const std::string& what)
 {
-    return "    " + padded(where, 12) + what;
+    return "    " + padded(where, kWhereWidth) + what;
 }
 
 std::string joined(const JValue& values, const char* separator)
@@ -63,14 +82,14 @@ Line withStatus(std::string text, const JValue& event)
 
 Line describeRequest(const JValue& event)
 {
+    std::string text;
     if (event.hasKey("call"))
-        return {"\n" + event["call"].asString() + "(" + joined(event["args"], ", ") + ")",
-                Look::Bold};
-    std::string text = "\n";
-    for (const auto& [key, value] : event.members())
-        if (key != "event")
-            text += key + " " + value.stringify();
-    return {text, Look::Bold};
+        text = event["call"].asString() + "(" + joined(event["args"], ", ") + ")";
+    else
+        for (const auto& [key, value] : event.members())
+            if (key != "event" && key != "ms")
+                text += key + " " + value.stringify();
+    return {text, Look::Bold, kRequestIndent, /*opensBlock=*/true};
 }
 
 Line describeLog(const JValue& event)
@@ -90,8 +109,9 @@ Line describeControl(const JValue& event)
     const std::string card = event["card"].asString();
     if (event.hasKey("stage"))
         return withStatus(effect(card, event["stage"].asString()), event);
-    const std::string write = event["element"].asString() + " = " + joined(event["values"], " ");
-    return withStatus(effect(card, write), event);
+    const std::string element = event["element"].asString();
+    const std::string values = joined(event["values"], " ");
+    return withStatus(effect(card, element + " = " + values), event);
 }
 
 Line describeMiddleware(const JValue& event)
@@ -119,10 +139,12 @@ Line describeResult(const JValue& event)
 {
     const Operation* operation = findOperation(event["call"].asString());
     const bool bad = operation != nullptr && failed(*operation, event["result"]);
-    std::string text = "  = " + event["result"].stringify() + (bad ? "  failed" : "");
+    std::string text = "  = " + event["result"].stringify();
+    const std::string words = operation != nullptr ? resultWords(*operation, event["result"]) : "";
+    text += (words.empty() ? "" : " ") + words;
     if (event.hasKey("connected"))
         text += event["connected"].asBool() ? ", connected" : ", not connected";
-    return {text, bad ? Look::Bad : Look::Good};
+    return {text, bad ? Look::Bad : Look::Good, kRequestIndent};
 }
 
 struct Row {
@@ -138,7 +160,7 @@ constexpr Row kRows[] = {
 class TextWriter : public EventWriter
 {
 public:
-    explicit TextWriter(bool colour) : mColour(colour) {}
+    explicit TextWriter(const TextStyle& style) : mStyle(style) {}
 
     void write(const JValue& event) override
     {
@@ -149,33 +171,42 @@ public:
             Line line = row.describe(event);
             if (event.hasKey("thread"))
                 line.text += "  [" + event["thread"].asString() + "]";
-            print(line);
+            print(line, event.hasKey("ms") ? event["ms"].stringify() : "");
         }
         mInComment = false;
     }
 
     void comment(const std::string& text) override
     {
-        print({(mInComment ? "" : "\n") + text, Look::Plain});
+        print({text, Look::Plain, kRequestIndent, /*opensBlock=*/!mInComment}, "");
         mInComment = true;
     }
 
 private:
-    void print(const Line& line) const
+    /// One line of the text, on as many lines of the terminal as it needs.
+    void print(const Line& line, const std::string& time) const
     {
-        if (mColour && line.look != Look::Plain)
-            printf("%s%s\033[0m\n", kEscapes[static_cast<int>(line.look)], line.text.c_str());
-        else
-            printf("%s\n", line.text.c_str());
+        const char* escape = mStyle.colour ? kEscapes[static_cast<int>(line.look)] : "";
+        const char* end = *escape != '\0' ? kPlainEscape : "";
+        const std::size_t margin = mStyle.time ? kTimeWidth + 1 : 0;
+        const std::size_t width = terminalWidth();
+        std::string column = mStyle.time ? rightAligned(time, kTimeWidth) + " " : "";
+        std::string all = line.opensBlock ? "\n" : "";
+        for (const std::string& part :
+             folded(printable(line.text), width > margin ? width - margin : 0, line.indent)) {
+            all += column + escape + part + end + "\n";
+            column.assign(margin, ' ');
+        }
+        fwrite(all.data(), 1, all.size(), stdout);
     }
 
-    const bool mColour;
+    const TextStyle mStyle;
     bool mInComment = false;
 };
 
 } // namespace
 
-std::unique_ptr<EventWriter> makeTextWriter(bool colour)
+std::unique_ptr<EventWriter> makeTextWriter(const TextStyle& style)
 {
-    return std::make_unique<TextWriter>(colour);
+    return std::make_unique<TextWriter>(style);
 }

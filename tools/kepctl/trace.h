@@ -21,8 +21,13 @@ public:
 
 /// One JSON object a line, for tools.
 std::unique_ptr<EventWriter> makeJsonLinesWriter();
-/// Blocks for people; colour escapes only when asked for.
-std::unique_ptr<EventWriter> makeTextWriter(bool colour);
+struct TextStyle {
+    bool colour = false; // terminal escapes
+    bool time = false;   // a column for the events' "ms"
+};
+/// Blocks for people, folded to the width of the terminal, if there is one. A control event may
+/// carry its "meaning" in words.
+std::unique_ptr<EventWriter> makeTextWriter(const TextStyle& style);
 
 /// Collects the events of the script, the log and the virtual television from any thread.
 /// Constructed on the main thread, never destroyed: there are events until the process ends.

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// What may happen to events before they are written: some left out, some made comparable, a time
+// added. Each filter hands on to the writer that it is given.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "trace.h"
+
+/// The kinds of events, in the order of the trace's documentation.
+// clang-format off
+inline constexpr std::array<const char*, 7> kEventKinds = {
+    "request", "result", "control", "middleware", "gpio", "subcpu", "log",
+};
+// clang-format on
+
+/// Which events are shown.
+struct EventSelection {
+    std::array<bool, kEventKinds.size()> shown{}; // as kEventKinds
+    int logLevel = 0;                             // log lines up to that one
+
+    [[nodiscard]] bool shows(const JValue& event) const;
+};
+
+/// Reads a list such as "requests,control,log:3"; the reason when it is none, "" when it is.
+std::string parseSelection(const std::string& list, EventSelection& selection);
+
+/// Hands on the selected events only, and a script's comments where requests are selected.
+std::unique_ptr<EventWriter> selecting(const EventSelection& selection,
+                                       std::unique_ptr<EventWriter> next);
+/// Adds the milliseconds since it was made as the last key, "ms"; 0 without clocks.
+std::unique_ptr<EventWriter> timing(bool clocks, std::unique_ptr<EventWriter> next);
+/// Writes 0 for the clocks and thread ids that log texts and pairs carry.
+std::unique_ptr<EventWriter> withoutClocks(std::unique_ptr<EventWriter> next);

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+// Results in words, for people.
+#pragma once
+
+#include <string>
+
+#include "operations.h"
+
+/// What this result of the operation means: "done", "failed: unknown output"; "" for a volume or an
+/// answer, which speaks for itself.
+std::string resultWords(const Operation& operation, const JValue& result);
