@@ -1,40 +1,70 @@
 // SPDX-License-Identifier: Apache-2.0
-// The control elements of the audio driver: card, names, and how many integers each one takes.
+// The control elements of the audio driver: card, names, and the integers that each one takes.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "catalogue.h"
+#include "soundoutputs.h"
+
 /// An element with the number of its integers; writing it with another number does not compile.
 template <std::size_t Count>
 struct ControlElement {
     const char* name;
+    kepControlInteger integers[Count];
 };
+
+template <std::size_t Count>
+constexpr kepControlElement shown(const ControlElement<Count>& element)
+{
+    return {element.name, listOf(element.integers)};
+}
 
 inline constexpr const char* kCard = "hw:0";
 
-// The values in order. Output types are those of getSoundOutputCommonType, index and port those of
-// a resource; a switch is 1 or 0.
+extern const kepList<kepNamedNumber> kBlocks;     // of the resources
+extern const kepList<kepNamedNumber> kSwitch;     // off, on
+extern const kepList<kepNamedNumber> kMuteSwitch; // unmuted, muted
+extern const kepList<kepNamedNumber> kEarcCodecs; // sndout_earc_output_codec_type
+
+inline constexpr kepControlInteger kOutputType{"output type", &kOutputTypes};
+inline constexpr kepControlInteger kIndex{"index", &kBlocks}; // a resource's block,
+inline constexpr kepControlInteger kPort{"port"};             // and its port there
+inline constexpr kepControlInteger kMute{"mute", &kMuteSwitch};
+inline constexpr kepControlInteger kGain{"gain"};
+
+// The integers in order.
 // clang-format off
-inline constexpr ControlElement<3> kSndoutConnect           {"Sndout Connect"};                  // output type, index, port
-inline constexpr ControlElement<3> kSndoutDisconnect        {"Sndout Disconnect"};               // output type, index, port
-inline constexpr ControlElement<1> kSndoutOpen              {"Sndout Open"};                     // output type
-inline constexpr ControlElement<1> kSndoutClose             {"Sndout Close"};                    // output type
-inline constexpr ControlElement<2> kMuteOutput              {"Mute Output"};                     // output type, mute
-inline constexpr ControlElement<3> kMuteInput               {"Mute Input"};                      // index, port, mute
-inline constexpr ControlElement<2> kSndoutMainAudioOutput   {"Sndout MainAudio Output"};         // index, port
-inline constexpr ControlElement<4> kSndoutOpticQn           {"Sndout Optic QN"};                 // key or switch, volume, mute, 1
-inline constexpr ControlElement<1> kSndoutOpticLight        {"Sndout Optic LightOnOff"};         // light
-inline constexpr ControlElement<1> kSndoutArc               {"Sndout ARC OnOff"};                // ARC
-inline constexpr ControlElement<1> kSndoutEarc              {"Sndout EARC OnOff"};               // eARC
-inline constexpr ControlElement<5> kSndoutEarcOutputType    {"Sndout EARC Outputtype"};          // 2, codec type, 0, 0, mix option
-inline constexpr ControlElement<2> kSndoutSpdifOutputType   {"Sndout Spdif OutputType"};         // optical mode, ARC mode
-inline constexpr ControlElement<2> kSndoutSpdifCategoryCode {"Sndout Spdif CategoryCode"};       // the code, twice
-inline constexpr ControlElement<2> kSndoutSpdifCopy         {"Sndout Spdif CopyProtectionInfo"}; // optical, ARC
-inline constexpr ControlElement<1> kSndoutAtmosEncode       {"Sndout eAC3 ATMOS Encode OnOff"};  // encoder
-inline constexpr ControlElement<2> kAdecDolbyOttMode        {"Adec Dolby OTTMode"};              // two flags
-inline constexpr ControlElement<3> kGainInput               {"Gain Input"};                      // index, port, gain
-inline constexpr ControlElement<2> kGainOutput              {"Gain Output"};                     // output type, gain
+inline constexpr ControlElement<3> kSndoutConnect           {"Sndout Connect",                  {kOutputType, kIndex, kPort}};
+inline constexpr ControlElement<3> kSndoutDisconnect        {"Sndout Disconnect",               {kOutputType, kIndex, kPort}};
+inline constexpr ControlElement<1> kSndoutOpen              {"Sndout Open",                     {kOutputType}};
+inline constexpr ControlElement<1> kSndoutClose             {"Sndout Close",                    {kOutputType}};
+inline constexpr ControlElement<2> kMuteOutput              {"Mute Output",                     {kOutputType, kMute}};
+inline constexpr ControlElement<3> kMuteInput               {"Mute Input",                      {kIndex, kPort, kMute}};
+inline constexpr ControlElement<2> kSndoutMainAudioOutput   {"Sndout MainAudio Output",         {kIndex, kPort}};
+inline constexpr ControlElement<4> kSndoutOpticQn           {"Sndout Optic QN",                 {{"key"}, {"volume"}, kMute, {"power", &kSwitch}}};
+inline constexpr ControlElement<1> kSndoutOpticLight        {"Sndout Optic LightOnOff",         {{"light", &kSwitch}}};
+inline constexpr ControlElement<1> kSndoutArc               {"Sndout ARC OnOff",                {{"ARC", &kSwitch}}};
+inline constexpr ControlElement<1> kSndoutEarc              {"Sndout EARC OnOff",               {{"eARC", &kSwitch}}};
+inline constexpr ControlElement<5> kSndoutEarcOutputType    {"Sndout EARC Outputtype",          {{"2"}, {"codec", &kEarcCodecs}, {"0"}, {"0"}, {"mix", &kSwitch}}};
+inline constexpr ControlElement<2> kSndoutSpdifOutputType   {"Sndout Spdif OutputType",         {{"optical mode"}, {"ARC mode"}}};
+inline constexpr ControlElement<2> kSndoutSpdifCategoryCode {"Sndout Spdif CategoryCode",       {{"category code"}, {"category code"}}};
+inline constexpr ControlElement<2> kSndoutSpdifCopy         {"Sndout Spdif CopyProtectionInfo", {{"optical copyright"}, {"ARC copyright"}}};
+inline constexpr ControlElement<1> kSndoutAtmosEncode       {"Sndout eAC3 ATMOS Encode OnOff",  {{"encoder", &kSwitch}}};
+inline constexpr ControlElement<2> kAdecDolbyOttMode        {"Adec Dolby OTTMode",              {{"OTT", &kSwitch}, {"Atmos locking", &kSwitch}}};
+inline constexpr ControlElement<3> kGainInput               {"Gain Input",                      {kIndex, kPort, kGain}};
+inline constexpr ControlElement<2> kGainOutput              {"Gain Output",                     {kOutputType, kGain}};
+
+/// All of them, for the catalogue.
+inline constexpr kepControlElement kControlElements[] = {
+    shown(kSndoutConnect),           shown(kSndoutDisconnect),  shown(kSndoutOpen),       shown(kSndoutClose),
+    shown(kMuteOutput),              shown(kMuteInput),         shown(kSndoutMainAudioOutput),
+    shown(kSndoutOpticQn),           shown(kSndoutOpticLight),  shown(kSndoutArc),        shown(kSndoutEarc),
+    shown(kSndoutEarcOutputType),    shown(kSndoutSpdifOutputType),
+    shown(kSndoutSpdifCategoryCode), shown(kSndoutSpdifCopy),   shown(kSndoutAtmosEncode),
+    shown(kAdecDolbyOttMode),        shown(kGainInput),         shown(kGainOutput),
+};
 // clang-format on
 
 /// The first integer of "Sndout Optic QN", but for the one write that opens the output.

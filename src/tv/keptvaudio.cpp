@@ -7,6 +7,7 @@
 #include <iterator>
 #include <variant>
 
+#include "catalogue.h"
 #include "kepfactory.h"
 #include "keplog.h"
 
@@ -243,6 +244,14 @@ unsigned int kepTVAudio::setSettings(std::string category, JValue payload)
     if (row->stores)
         storeSettings(category, payload);
     return KEP_RESULT_OK;
+}
+
+kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
+{
+    static const auto kShown = projected(kepTVAudio::kSettingsRows, [](const auto& row) {
+        return kepSettingsCategory{row.category, {}, false, row.stores, true, ""};
+    });
+    return listOf(kShown);
 }
 
 bool kepTVAudio::mIsObjRegistered =

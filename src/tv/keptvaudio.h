@@ -4,10 +4,8 @@
 
 #include <atomic>
 #include <cstdint>
-#include <initializer_list>
 #include <map>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -44,8 +42,9 @@ enum sndout_earc_output_mix_option : std::uint32_t {
 
 /// Driver numbers of a digital mode (keptvaudio.digital.cpp).
 struct DigitalModes;
-/// Steps of opening and closing an output (keptvaudio.output.cpp).
+/// Opening and closing an output (soundoutputs.h).
 enum class OutputStep : std::uint8_t;
+struct OutputSequence;
 
 /// The attributes of one media pipeline.
 using AudioVideoInfo = std::map<std::string, std::string>;
@@ -363,8 +362,6 @@ protected:
     {
         return audioResourceIdToPort(resource);
     }
-    /// The single outputs that make up an output, in the order in which they are opened.
-    static std::span<const KEP_AUDIO_SNDOUT_T> membersOf(KEP_AUDIO_SNDOUT_T output);
 
     /// Writes an element with exactly its number of integers.
     template <std::size_t Count>
@@ -408,14 +405,17 @@ protected:
     std::vector<KEP_AUDIO_RESOURCE_T> mConnectedResources;
 
     // --- Output selection
-    struct OutputPair; // a single output and the two operations that switch it
-    static const OutputPair kOutputPairs[8];
-
+    /// Closes the members that the output lacks, then opens those that it has in addition.
     bool moveTo(KEP_AUDIO_SNDOUT_T output);
-    bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix,
-                 const kepLogOrigin& origin);
-    bool runSteps(std::initializer_list<OutputStep> steps, KEP_AUDIO_SNDOUT_T output,
-                  const char* suffix = "", const kepLogOrigin& origin = KEP_CALLER);
+    /// Closes all members, then opens the output.
+    bool openAfresh(KEP_AUDIO_SNDOUT_T output);
+    /// What the current output, alone so far, does when it stays open as a member of this one.
+    bool joinInto(KEP_AUDIO_SNDOUT_T output);
+    /// Makes the steps in order, up to the first failure.
+    bool runSteps(const OutputSequence& sequence, KEP_AUDIO_SNDOUT_T output);
+    bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const OutputSequence& sequence);
+    void guardHeadphone(KEP_AUDIO_SNDOUT_T output, const kepLogOrigin& origin);
+    bool unguardHeadphone(const kepLogOrigin& origin);
 
     // --- Volume and mute
     std::uint8_t mOutputVolume = 0; // last one requested for the output that was current
@@ -488,6 +488,7 @@ protected:
     bool mWisaActivated = false;
 
     // --- Dispatch of settings
+    friend class kepCatalogue; // shows the categories
     struct SettingsRow;
     static const SettingsRow kSettingsRows[33];
 };

@@ -9,6 +9,7 @@
 #include "hwiogpio.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "soundoutputs.h"
 #include "subcpu.h"
 
 namespace
@@ -17,6 +18,18 @@ namespace
 constexpr const char* kHeadphoneLine = "GPIO_RD_HP_LINK";
 constexpr unsigned int kUnmuteDelayMs = 5000;
 constexpr unsigned int kSoundSyncOffPauseUs = 50'000;
+
+PowerStateMute powerStateMuteOf(KEP_AUDIO_SNDOUT_T output)
+{
+    const SoundOutput* row = findSoundOutput(output);
+    return row != nullptr ? row->powerStateMute : PowerStateMute::None;
+}
+
+bool isSpeakerAndHeadphone(KEP_AUDIO_SNDOUT_T output)
+{
+    const OutputMembers members{output};
+    return members.contains(KEP_AUDIO_SPK) && members.contains(KEP_AUDIO_HP);
+}
 
 } // namespace
 
@@ -126,38 +139,33 @@ bool kepTVAudio::setPowerStateMute(JValue payload)
     KEP_INFO("INFO_LOG", "Setting powerState mute to %d on soundOutputType %s", mute, name.c_str());
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(name);
     mPowerStateHeadphoneMute = mute;
-    switch (output) {
-    case KEP_AUDIO_SPK:
-    case KEP_AUDIO_SPK_SPDIF:
-    case KEP_AUDIO_SPK_OPTICAL_ARC:
-    case KEP_AUDIO_SPK_BLUETOOTH:
-        return setPowerStateTvSpeakerMute(output, mute);
-    case KEP_AUDIO_SPDIF:
-        return setMuteControlElement(
-            getSoundOutputKey() == "external_arc" ? KEP_AUDIO_ARC : KEP_AUDIO_SPDIF, mute);
-    case KEP_AUDIO_HP:
-    case KEP_AUDIO_SPK_HP:
-        return setPowerStateHeadphoneMute(output, mute);
-    case KEP_AUDIO_ARC:
-    case KEP_AUDIO_QN_SOUND_SYNC:
-    case KEP_AUDIO_BT_SOUNDBAR:
-    case KEP_AUDIO_WISA:
-        return setMuteControlElement(output, mute);
-    default:
+    switch (powerStateMuteOf(output)) {
+    case PowerStateMute::None:
         return false;
+    case PowerStateMute::Speaker:
+        return setPowerStateTvSpeakerMute(output, mute);
+    case PowerStateMute::Optical:
+        return setMuteControlElement(getSoundOutputKey() == "external_arc" ? KEP_AUDIO_ARC : output,
+                                     mute);
+    case PowerStateMute::Headphone:
+        return setPowerStateHeadphoneMute(output, mute);
+    case PowerStateMute::Output:
+        return setMuteControlElement(output, mute);
     }
+    return false;
 }
 
 bool kepTVAudio::setPowerStateTvSpeakerMute(KEP_AUDIO_SNDOUT_T output, bool mute)
 {
     KEP_INFO("INFO_LOG", "setPowerStateTvSpeakerMute soundOutResourceId %d", output);
-    bool done = true;
-    for (const KEP_AUDIO_SNDOUT_T member : membersOf(output)) {
-        const bool written = setMuteControlElement(member, mute);
-        if (member == KEP_AUDIO_SPK && written && mOutputVolume != 0)
-            mPtrTVAmplifier->setAmplifierMute(mute);
-        done = written && done;
-    }
+    bool done = setMuteControlElement(KEP_AUDIO_SPK, mute); // whatever the output
+    if (done && mOutputVolume != 0)
+        mPtrTVAmplifier->setAmplifierMute(mute);
+    if (powerStateMuteOf(output) != PowerStateMute::Speaker)
+        return done;
+    for (const KEP_AUDIO_SNDOUT_T member : OutputMembers{output})
+        if (member != KEP_AUDIO_SPK)
+            done = setMuteControlElement(member, mute) && done;
     return done;
 }
 
@@ -171,14 +179,15 @@ bool kepTVAudio::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute
         startUnmuteTimer(&_resetHeadphoneUnmuteTimerCallback);
         return true;
     }
+    const bool withSpeaker = isSpeakerAndHeadphone(output);
     if (isUnmuteHeldBack(mute)) {
-        if (output == KEP_AUDIO_SPK_HP)
+        if (withSpeaker)
             setMuteControlElement(KEP_AUDIO_SPK, mute); // the speaker need not wait
         return false;
     }
     executeMuteExtSpeaker(mute);
     bool done = executeMuteHeadphone(mute);
-    if (output != KEP_AUDIO_SPK_HP)
+    if (!withSpeaker)
         return done;
     done = setMuteControlElement(KEP_AUDIO_SPK, mute) && done;
     if (done && mOutputVolume != 0)
@@ -215,8 +224,7 @@ int kepTVAudio::_headphoneUnmuteAcOnCallback(void* backend)
     mHeadphoneUnmuteTimerID = 0;
     mHeadphoneTimerMuteDone = true;
     auto* audio = static_cast<kepTVAudio*>(backend);
-    if (audio != nullptr &&
-        (audio->mCurrentSoundout == KEP_AUDIO_HP || audio->mCurrentSoundout == KEP_AUDIO_SPK_HP))
+    if (audio != nullptr && OutputMembers{audio->mCurrentSoundout}.contains(KEP_AUDIO_HP))
         audio->setMuteHeadphone(/*mute=*/false);
     return G_SOURCE_REMOVE;
 }
@@ -262,13 +270,7 @@ bool kepTVAudio::setPowerOnOffQNSoundSync(std::string state)
 bool kepTVAudio::setOpticLightOnOff(std::string state)
 {
     KEP_INFO("INFO_LOG", "setOpticLightOnOff, power state is %s", state.c_str());
-    switch (mCurrentSoundout) {
-    case KEP_AUDIO_SPK_OPTICAL_ARC:
-    case KEP_AUDIO_SPK_SPDIF:
-    case KEP_AUDIO_SPDIF:
-    case KEP_AUDIO_QN_SOUND_SYNC:
-        break;
-    default:
+    if (!hasOpticalLight(mCurrentSoundout)) {
         KEP_INFO("INFO_LOG", "SPDIF_LIGHT ON/OFF is not set, since not supported soundout");
         return true;
     }

@@ -1,27 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Output selection. A transition closes the members of the old output that the new one lacks, then
-// opens those that the old one lacks; the few that differ are named below. Every step of a
+// opens those that the old one lacks; the table of outputs says where that differs. Every step of a
 // transition is made even when an earlier one failed; a single output's own sequence stops at its
 // first failure.
 #include <algorithm>
 
 #include "keplog.h"
 #include "keptvaudio.h"
-
-/// A step of opening or closing a single output: a driver write, or the re-routing of all connected
-/// resources.
-enum class OutputStep : std::uint8_t {
-    Open,
-    Close,
-    Connect,
-    Disconnect,
-    Mute,
-    Unmute,
-    UnmuteUnlessMuted, // the user's mute outlives the change
-    LightOn,
-    LightOff,
-    SoundSync, // sound bar only: volume and mute as they are stored
-};
+#include "soundoutputs.h"
 
 namespace
 {
@@ -30,13 +16,15 @@ using enum OutputStep;
 
 constexpr const char* kSoundSyncSuffix = " for QN SOUND SYNC";
 
-// The one combination that is closed in another order than it is opened, on the way to a single
-// output.
-constexpr KEP_AUDIO_SNDOUT_T kOpticalFirst[] = {KEP_AUDIO_SPDIF, KEP_AUDIO_SPK};
-
-bool contains(std::span<const KEP_AUDIO_SNDOUT_T> members, KEP_AUDIO_SNDOUT_T output)
+/// Of an output that has one.
+const OutputSwitch& switchOf(KEP_AUDIO_SNDOUT_T output)
 {
-    return std::find(members.begin(), members.end(), output) != members.end();
+    return *findSoundOutput(output)->single;
+}
+
+const OutputSwitch& opticalSwitchOf(KEP_AUDIO_SNDOUT_T output)
+{
+    return switchOf(output == KEP_AUDIO_QN_SOUND_SYNC ? output : KEP_AUDIO_SPDIF);
 }
 
 } // namespace
@@ -77,53 +65,56 @@ unsigned int kepTVAudio::setSoundOutput(std::string soundOutput)
 
 // --- Transitions, from mCurrentSoundout
 
+bool kepTVAudio::handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output)
+{
+    if (output == KEP_AUDIO_SPK_OPTICAL_ARC)
+        KEP_INFO("INFO_LOG", "Inside setSoundOutput of KEP_AUDIO_SPK_OPTICAL_ARC");
+    const SoundOutput* row = findSoundOutput(output);
+    return row != nullptr && row->openedAfresh ? openAfresh(output) : moveTo(output);
+}
+
 bool kepTVAudio::moveTo(KEP_AUDIO_SNDOUT_T output)
 {
-    const auto before = membersOf(mCurrentSoundout);
-    const auto after = membersOf(output);
-    bool done = true;
+    const OutputMembers before{mCurrentSoundout};
+    const OutputMembers after{output};
+    bool done = joinInto(output);
     for (const KEP_AUDIO_SNDOUT_T member : before)
-        if (!contains(after, member))
+        if (!after.contains(member))
             done = disconnectOutput(member) && done;
     for (const KEP_AUDIO_SNDOUT_T member : after)
-        if (!contains(before, member))
+        if (!before.contains(member))
             done = connectOutput(member) && done;
     return done;
 }
 
-bool kepTVAudio::handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output)
+bool kepTVAudio::openAfresh(KEP_AUDIO_SNDOUT_T output)
 {
-    switch (output) {
-    case KEP_AUDIO_SPK_SPDIF:
-        return setSpeakerSpdifSoundOutput();
-    case KEP_AUDIO_HP:
-        return setHPSoundOutput();
-    case KEP_AUDIO_ARC:
-    case KEP_AUDIO_QN_SOUND_SYNC:
-    case KEP_AUDIO_BT_SOUNDBAR:
-    case KEP_AUDIO_WISA:
-        return setSingularSoundOutput(output);
-    case KEP_AUDIO_SPK_HP:
-        return setSpeakerHPSoundOutput();
-    case KEP_AUDIO_SPK_BLUETOOTH:
-        return setSpeakerBluetoothSoundOutput();
-    case KEP_AUDIO_SPK_OPTICAL_ARC:
-        KEP_INFO("INFO_LOG", "Inside setSoundOutput of KEP_AUDIO_SPK_OPTICAL_ARC");
-        return setSpeakerOpticalArcSoundOutput();
-    default:
-        return setTvSpeakerSoundOutput(output);
-    }
+    OutputMembers before{mCurrentSoundout};
+    const SoundOutput* row = findSoundOutput(mCurrentSoundout);
+    if (row != nullptr && row->closedLastFirst)
+        before.reverse();
+    bool done = true;
+    for (const KEP_AUDIO_SNDOUT_T member : before)
+        done = disconnectOutput(member) && done;
+    return connectOutput(output) && done;
 }
+
+bool kepTVAudio::joinInto(KEP_AUDIO_SNDOUT_T output)
+{
+    const SoundOutput* row = findSoundOutput(mCurrentSoundout);
+    const bool joins =
+        output != mCurrentSoundout && OutputMembers{output}.contains(mCurrentSoundout);
+    if (!joins || row == nullptr || row->single == nullptr)
+        return true;
+    return runStep(row->single->joined, mCurrentSoundout, row->single->open);
+}
+
+// Fixed names. Nothing tells them apart: one rule, moveTo, stands behind all but the first, and it
+// is the table that knows where outputs differ.
 
 bool kepTVAudio::setSingularSoundOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    // Everything is closed, the new output included: the driver wants it opened afresh.
-    const bool optical = mCurrentSoundout == KEP_AUDIO_SPK_SPDIF;
-    bool done = true;
-    for (const KEP_AUDIO_SNDOUT_T member :
-         optical ? std::span<const KEP_AUDIO_SNDOUT_T>{kOpticalFirst} : membersOf(mCurrentSoundout))
-        done = disconnectOutput(member) && done;
-    return connectOutput(output) && done;
+    return openAfresh(output);
 }
 
 bool kepTVAudio::setSpeakerSpdifSoundOutput()
@@ -138,9 +129,7 @@ bool kepTVAudio::setHPSoundOutput()
 
 bool kepTVAudio::setSpeakerHPSoundOutput()
 {
-    // The headphone stays open, but a mute of it alone must not outlive the change.
-    const bool unmuted = mCurrentSoundout != KEP_AUDIO_HP || setMuteHeadphone(/*mute=*/false);
-    return moveTo(KEP_AUDIO_SPK_HP) && unmuted;
+    return moveTo(KEP_AUDIO_SPK_HP);
 }
 
 bool kepTVAudio::setSpeakerBluetoothSoundOutput()
@@ -155,18 +144,7 @@ bool kepTVAudio::setSpeakerOpticalArcSoundOutput()
 
 bool kepTVAudio::setTvSpeakerSoundOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    switch (mCurrentSoundout) {
-    case KEP_AUDIO_SPK_SPDIF:
-        return setTvSpeakerSpdifSoundOutput(output);
-    case KEP_AUDIO_SPK_HP:
-        return setTvSpeakerHPSoundOutput(output);
-    case KEP_AUDIO_SPK_OPTICAL_ARC:
-        return setTvSpeakerOpticalArcSoundOutput(output);
-    case KEP_AUDIO_SPK_BLUETOOTH:
-        return setTvSpeakerBluetoothSoundOutput(output);
-    default:
-        return moveTo(output);
-    }
+    return moveTo(output);
 }
 
 bool kepTVAudio::setTvSpeakerSpdifSoundOutput(KEP_AUDIO_SNDOUT_T output)
@@ -191,151 +169,145 @@ bool kepTVAudio::setTvSpeakerBluetoothSoundOutput(KEP_AUDIO_SNDOUT_T output)
 
 // --- Single outputs
 
-struct kepTVAudio::OutputPair {
-    using Operation = bool (kepTVAudio::*)(KEP_AUDIO_SNDOUT_T);
-
-    KEP_AUDIO_SNDOUT_T output;
-    Operation connect;
-    Operation disconnect;
-};
-
-// clang-format off
-const kepTVAudio::OutputPair kepTVAudio::kOutputPairs[] = {
-    {KEP_AUDIO_SPK,           &kepTVAudio::connectTvSpeakerOutput,        &kepTVAudio::disconnectTvSpeakerOutput},
-    {KEP_AUDIO_SPDIF,         &kepTVAudio::connectSpdifOrQNSndSyncOutput, &kepTVAudio::disconnectSpdifOrQNSndSyncOutput},
-    {KEP_AUDIO_HP,            &kepTVAudio::connectHPOutput,               &kepTVAudio::disconnectHPOutput},
-    {KEP_AUDIO_ARC,           &kepTVAudio::connectExternalArcOutput,      &kepTVAudio::disconnectExternalArcOutput},
-    {KEP_AUDIO_QN_SOUND_SYNC, &kepTVAudio::connectSpdifOrQNSndSyncOutput, &kepTVAudio::disconnectSpdifOrQNSndSyncOutput},
-    {KEP_AUDIO_BT_SOUNDBAR,   &kepTVAudio::connectBTSndBarOrWisaOutput,   &kepTVAudio::disconnectBTSndBarOrWisaOutput},
-    {KEP_AUDIO_WISA,          &kepTVAudio::connectBTSndBarOrWisaOutput,   &kepTVAudio::disconnectBTSndBarOrWisaOutput},
-    {KEP_AUDIO_BLUETOOTH,     &kepTVAudio::connectSpeakerBluetoothOutput, &kepTVAudio::disconnectSpeakerBluetoothOutput},
-};
-// clang-format on
-
 bool kepTVAudio::connectOutput(KEP_AUDIO_SNDOUT_T output)
 {
     KEP_INFO("INFO_LOG", "Connect outputType %d", output);
-    for (const OutputPair& pair : kOutputPairs)
-        if (pair.output == output)
-            return (this->*pair.connect)(output);
-    return output == KEP_AUDIO_NO_OUTPUT; // nothing to open
+    const SoundOutput* row = findSoundOutput(output);
+    if (row == nullptr || row->single == nullptr)
+        return output == KEP_AUDIO_NO_OUTPUT; // nothing to open
+    return runSteps(row->single->open, output);
 }
 
 bool kepTVAudio::disconnectOutput(KEP_AUDIO_SNDOUT_T output)
 {
     KEP_INFO("INFO_LOG", "disconnect outputType %d", output);
-    for (const OutputPair& pair : kOutputPairs)
-        if (pair.output == output)
-            return (this->*pair.disconnect)(output);
-    return output == KEP_AUDIO_NO_OUTPUT;
+    const SoundOutput* row = findSoundOutput(output);
+    if (row == nullptr || row->single == nullptr)
+        return output == KEP_AUDIO_NO_OUTPUT;
+    return runSteps(row->single->close, output);
 }
 
-bool kepTVAudio::runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const char* suffix,
-                         const kepLogOrigin& origin)
+bool kepTVAudio::runSteps(const OutputSequence& sequence, KEP_AUDIO_SNDOUT_T output)
 {
+    const auto& steps = sequence.steps;
+    return std::all_of(std::begin(steps), std::find(std::begin(steps), std::end(steps), None),
+                       [&](OutputStep step) { return runStep(step, output, sequence); });
+}
+
+bool kepTVAudio::runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const OutputSequence& sequence)
+{
+    const kepLogOrigin origin = KEP_HERE.as(sequence.operation);
     const std::int32_t type = typeOf(output);
     switch (step) {
+    case None:
+        return true;
     case Open:
-        return writeOrLog(kSndoutOpen, {type}, suffix, origin);
+        return writeOrLog(kSndoutOpen, {type}, sequence.suffix, origin);
     case Close:
-        return writeOrLog(kSndoutClose, {type}, suffix, origin);
+        return writeOrLog(kSndoutClose, {type}, sequence.suffix, origin);
     case Connect:
     case Disconnect:
         return mConnectedResources.empty() || connectDisconnectResources(type, step == Connect);
     case UnmuteUnlessMuted:
-        return mOutputMuteStatus || runStep(Unmute, output, suffix, origin);
+        return mOutputMuteStatus || runStep(Unmute, output, sequence);
     case Mute:
     case Unmute:
-        return writeOrLog(kMuteOutput, {type, step == Mute ? 1 : 0}, suffix, origin);
+        return writeOrLog(kMuteOutput, {type, step == Mute ? 1 : 0}, sequence.suffix, origin);
     case LightOn:
     case LightOff:
-        return writeOrLog(kSndoutOpticLight, {step == LightOn ? 1 : 0}, suffix, origin);
+        return writeOrLog(kSndoutOpticLight, {step == LightOn ? 1 : 0}, sequence.suffix, origin);
     case SoundSync:
-        return output != KEP_AUDIO_QN_SOUND_SYNC ||
-               writeOrLog(kSndoutOpticQn, {1, mOutputVolume, mOutputMuteStatus ? 1 : 0, 1},
+        return writeOrLog(kSndoutOpticQn, {1, mOutputVolume, mOutputMuteStatus ? 1 : 0, 1},
                           kSoundSyncSuffix, origin);
+    case GuardHeadphone:
+        guardHeadphone(output, origin);
+        return true;
+    case UnguardHeadphone:
+        return unguardHeadphone(origin);
+    case MuteHeadphone:
+    case UnmuteHeadphone:
+        return setMuteHeadphone(step == MuteHeadphone);
     }
     return false;
 }
 
-bool kepTVAudio::runSteps(std::initializer_list<OutputStep> steps, KEP_AUDIO_SNDOUT_T output,
-                          const char* suffix, const kepLogOrigin& origin)
+void kepTVAudio::guardHeadphone(KEP_AUDIO_SNDOUT_T output, const kepLogOrigin& origin)
 {
-    return std::all_of(steps.begin(), steps.end(),
-                       [&](OutputStep step) { return runStep(step, output, suffix, origin); });
+    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "connectHPOutput:: Connect soundoutput %d", output);
+    if (mCurrentSoundout != KEP_AUDIO_NO_OUTPUT)
+        return;
+    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
+               "AC On headphone is selected, so muting to avoid noise");
+    setMuteHeadphone(/*mute=*/true); // at worst there is a noise
 }
+
+bool kepTVAudio::unguardHeadphone(const kepLogOrigin& origin)
+{
+    if (mCurrentSoundout != KEP_AUDIO_NO_OUTPUT)
+        return setMuteHeadphone(/*mute=*/false);
+    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
+               "During AC ON, headphone selected timer running, so skipping unmute");
+    return true;
+}
+
+// Fixed names: each runs the steps that the table has for the output it is named after.
 
 bool kepTVAudio::connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Open, Connect, UnmuteUnlessMuted}, output, " for tv speaker");
+    return runSteps(switchOf(KEP_AUDIO_SPK).open, output);
 }
 
 bool kepTVAudio::disconnectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Disconnect, Close, Mute}, output, " for tv speaker");
-}
-
-bool kepTVAudio::connectExternalArcOutput(KEP_AUDIO_SNDOUT_T)
-{
-    return runSteps({Open, Connect, Unmute}, KEP_AUDIO_ARC);
-}
-
-bool kepTVAudio::disconnectExternalArcOutput(KEP_AUDIO_SNDOUT_T)
-{
-    return runSteps({Disconnect, Close, Mute}, KEP_AUDIO_ARC);
+    return runSteps(switchOf(KEP_AUDIO_SPK).close, output);
 }
 
 bool kepTVAudio::connectHPOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    KEP_INFO("INFO_LOG", "connectHPOutput:: Connect soundoutput %d", output);
-    const bool firstSinceAcOn = mCurrentSoundout == KEP_AUDIO_NO_OUTPUT;
-    if (firstSinceAcOn) {
-        KEP_INFO("INFO_LOG", "AC On headphone is selected, so muting to avoid noise");
-        setMuteHeadphone(/*mute=*/true); // at worst there is a noise
-    }
-    if (!runSteps({Open, Connect, Unmute}, output, " for Headphone"))
-        return false;
-    if (firstSinceAcOn) {
-        KEP_INFO("INFO_LOG", "During AC ON, headphone selected timer running, so skipping unmute");
-        return true;
-    }
-    return setMuteHeadphone(/*mute=*/false);
+    return runSteps(switchOf(KEP_AUDIO_HP).open, output);
 }
 
 bool kepTVAudio::disconnectHPOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Disconnect, Close, Mute}, output, " for Headphone") &&
-           setMuteHeadphone(/*mute=*/true);
+    return runSteps(switchOf(KEP_AUDIO_HP).close, output);
+}
+
+bool kepTVAudio::connectExternalArcOutput(KEP_AUDIO_SNDOUT_T)
+{
+    return runSteps(switchOf(KEP_AUDIO_ARC).open, KEP_AUDIO_ARC); // whatever it is given
+}
+
+bool kepTVAudio::disconnectExternalArcOutput(KEP_AUDIO_SNDOUT_T)
+{
+    return runSteps(switchOf(KEP_AUDIO_ARC).close, KEP_AUDIO_ARC);
 }
 
 bool kepTVAudio::connectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Open, Mute, Connect, LightOn, SoundSync, Unmute}, output,
-                    " for external speaker/QN SOUND SYNC");
+    return runSteps(opticalSwitchOf(output).open, output);
 }
 
 bool kepTVAudio::disconnectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Disconnect, Mute, LightOff, Close}, output,
-                    " for external speaker/QN sound sync"); // sic
+    return runSteps(opticalSwitchOf(output).close, output);
 }
 
 bool kepTVAudio::connectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Open, Connect}, output);
+    return runSteps(switchOf(KEP_AUDIO_BLUETOOTH).open, output);
 }
 
 bool kepTVAudio::disconnectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Disconnect, Close}, output);
+    return runSteps(switchOf(KEP_AUDIO_BLUETOOTH).close, output);
 }
 
 bool kepTVAudio::connectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Open, Connect}, output);
+    return runSteps(switchOf(KEP_AUDIO_BT_SOUNDBAR).open, output);
 }
 
 bool kepTVAudio::disconnectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    return runSteps({Disconnect, Close}, output);
+    return runSteps(switchOf(KEP_AUDIO_BT_SOUNDBAR).close, output);
 }

@@ -6,6 +6,7 @@
 
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "soundoutputs.h"
 
 unsigned int kepTVAudio::connectInput(std::string source, std::string sink,
                                       JValue pipelineAttribute)
@@ -78,7 +79,7 @@ unsigned int kepTVAudio::checkConnectInputResource(KEP_AUDIO_RESOURCE_T resource
     const KEP_AUDIO_SNDOUT_T output = routedOutput();
     if (output == KEP_AUDIO_SPK_SPDIF)
         KEP_DEBUG("Inside tv speaker and external speaker connect Input");
-    for (const KEP_AUDIO_SNDOUT_T member : membersOf(output))
+    for (const KEP_AUDIO_SNDOUT_T member : OutputMembers{output})
         if (connectInputResource(resource, member) != KEP_RESULT_OK)
             return KEP_RESULT_FAILED;
     return KEP_RESULT_OK;
@@ -89,7 +90,7 @@ unsigned int kepTVAudio::checkDisconnectInputResource(KEP_AUDIO_RESOURCE_T resou
     const KEP_AUDIO_SNDOUT_T output = routedOutput();
     if (output == KEP_AUDIO_SPK_SPDIF)
         KEP_DEBUG("Disconnect Input from tv speaker and externl speaker"); // sic
-    for (const KEP_AUDIO_SNDOUT_T member : membersOf(output))
+    for (const KEP_AUDIO_SNDOUT_T member : OutputMembers{output})
         if (disconnectInputResource(resource, member) != KEP_RESULT_OK)
             return KEP_RESULT_FAILED;
     return KEP_RESULT_OK;

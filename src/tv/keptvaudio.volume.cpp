@@ -4,48 +4,17 @@
 // later.
 #include "keptvaudio.h"
 #include "keplog.h"
+#include "soundoutputs.h"
 #include "subcpu.h"
 
 namespace
 {
 
-enum class Mechanism {
-    Nothing,     // succeeds
-    Unsupported, // succeeds, and says so
-    Speaker,     // sound engine and amplifier
-    Headphone,
-    SoundSync,
-};
-
-struct MechanismRow {
-    KEP_AUDIO_SNDOUT_T output;
-    Mechanism volume;
-    Mechanism mute;
-};
-
-// clang-format off
-constexpr MechanismRow kMechanisms[] = {
-    // output                    volume                   mute
-    {KEP_AUDIO_SPK,             Mechanism::Speaker,      Mechanism::Speaker},
-    {KEP_AUDIO_SPK_SPDIF,       Mechanism::Speaker,      Mechanism::Speaker},
-    {KEP_AUDIO_SPK_HP,          Mechanism::Speaker,      Mechanism::Speaker},
-    {KEP_AUDIO_SPK_OPTICAL_ARC, Mechanism::Speaker,      Mechanism::Speaker},
-    {KEP_AUDIO_SPK_BLUETOOTH,   Mechanism::Speaker,      Mechanism::Speaker},
-    {KEP_AUDIO_HP,              Mechanism::Headphone,    Mechanism::Headphone},
-    {KEP_AUDIO_QN_SOUND_SYNC,   Mechanism::SoundSync,    Mechanism::SoundSync},
-    {KEP_AUDIO_ARC,             Mechanism::Unsupported,  Mechanism::Unsupported},
-    {KEP_AUDIO_BT_SOUNDBAR,     Mechanism::Unsupported,  Mechanism::Unsupported},
-    {KEP_AUDIO_WISA,            Mechanism::Unsupported,  Mechanism::Unsupported},
-    {KEP_AUDIO_SPDIF,           Mechanism::Nothing,      Mechanism::Unsupported}, // sic
-};
-// clang-format on
-
-const MechanismRow* findMechanisms(KEP_AUDIO_SNDOUT_T output)
+/// What carries the volume, or the mute, of an output.
+Mechanism mechanismOf(KEP_AUDIO_SNDOUT_T output, Mechanism SoundOutput::*column)
 {
-    for (const MechanismRow& row : kMechanisms)
-        if (row.output == output)
-            return &row;
-    return nullptr;
+    const SoundOutput* row = findSoundOutput(output);
+    return row != nullptr ? row->*column : Mechanism::None;
 }
 
 unsigned int resultOf(bool done)
@@ -59,12 +28,9 @@ unsigned int kepTVAudio::setOutputVolume(std::string soundOutput, std::uint8_t v
 {
     KEP_INFO("INFO_LOG", "Request to set volume %d on output %s", volume, soundOutput.c_str());
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(soundOutput);
-    const MechanismRow* row = findMechanisms(output);
-    if (row == nullptr)
-        return KEP_RESULT_OK;
     bool done = true;
-    switch (row->volume) {
-    case Mechanism::Nothing:
+    switch (mechanismOf(output, &SoundOutput::volume)) {
+    case Mechanism::None:
         break;
     case Mechanism::Unsupported:
         KEP_INFO("INFO_LOG", "Volume Operation wont be supported for soundoutput %s", // sic
@@ -85,7 +51,7 @@ unsigned int kepTVAudio::setOutputVolume(std::string soundOutput, std::uint8_t v
                       kSndoutOpticQn.name, soundOutput.c_str());
         break;
     }
-    if (output == mCurrentSoundout)
+    if (output == mCurrentSoundout && isValidSoundout())
         mOutputVolume = volume; // only now: the mechanisms look at the volume before
     return resultOf(done);
 }
@@ -94,12 +60,9 @@ unsigned int kepTVAudio::setOutputMute(std::string soundOutput, bool mute)
 {
     KEP_INFO("INFO_LOG", "Setting mute to %d on soundOutputType %s", mute, soundOutput.c_str());
     mOutputMuteStatus = mute;
-    const MechanismRow* row = findMechanisms(getSoundOutputResourceId(soundOutput));
-    if (row == nullptr)
+    switch (mechanismOf(getSoundOutputResourceId(soundOutput), &SoundOutput::mute)) {
+    case Mechanism::None:
         return KEP_RESULT_UNKNOWN_OUTPUT;
-    switch (row->mute) {
-    case Mechanism::Nothing:
-        break;
     case Mechanism::Unsupported:
         KEP_INFO("INFO_LOG", "Mute Operation wont be supported for soundoutput %s", // sic
                  soundOutput.c_str());

@@ -1,89 +1,65 @@
 // SPDX-License-Identifier: Apache-2.0
-// Identifiers: names to resources and outputs, resources and outputs to the driver's numbers.
-// Two tables hold all of it; the functions below only walk them.
+// Identifiers: names to resources and outputs, resources and outputs to the driver's numbers. The
+// table of resources stands here, that of outputs in soundoutputs.cpp.
 #include <algorithm>
-#include <iterator>
 
+#include "catalogue.h"
+#include "controlelements.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "soundoutputs.h"
 
 namespace
 {
 
-/// The sinks behind which a source is reached.
-enum class Sinks { MainOrSub, Alsa };
-
 struct ResourceRow {
     KEP_AUDIO_RESOURCE_T resource;
     const char* source;
-    Sinks sinks;
+    kepNames sinks;     // any of them
     unsigned int index; // block of the driver
     int port;           // within the block
 };
 
+// The driver's blocks.
+constexpr unsigned int kDecoders = 1;
+constexpr unsigned int kMixers = 16;
+constexpr kepNamedNumber kBlockNames[] = {{kDecoders, "decoder block"}, {kMixers, "mixer block"}};
+
+constexpr const char* kMainOrSub[] = {"MAIN", "SUB"};
+constexpr const char* kAlsa[] = {"ALSA"};
+
 // A resource that has two names has two rows.
 // clang-format off
 constexpr ResourceRow kResources[] = {
-    // resource                    source     sinks             index  port
-    {KEP_AUDIO_RESOURCE_ADEC0,    "ADEC",    Sinks::MainOrSub,  1,     0},
-    {KEP_AUDIO_RESOURCE_ADEC0,    "ADEC0",   Sinks::MainOrSub,  1,     0},
-    {KEP_AUDIO_RESOURCE_ADEC1,    "ADEC1",   Sinks::MainOrSub,  1,     1},
-    {KEP_AUDIO_RESOURCE_AMIXER0,  "AMIXER0", Sinks::MainOrSub, 16,     0},
-    {KEP_AUDIO_RESOURCE_AMIXER1,  "AMIXER1", Sinks::MainOrSub, 16,     1},
-    {KEP_AUDIO_RESOURCE_AMIXER2,  "AMIXER2", Sinks::MainOrSub, 16,     2},
-    {KEP_AUDIO_RESOURCE_AMIXER3,  "AMIXER3", Sinks::MainOrSub, 16,     3},
-    {KEP_AUDIO_RESOURCE_AMIXER4,  "AMIXER4", Sinks::MainOrSub, 16,     4},
-    {KEP_AUDIO_RESOURCE_AMIXER5,  "AMIXER5", Sinks::MainOrSub, 16,     5},
-    {KEP_AUDIO_RESOURCE_AMIXER6,  "AMIXER6", Sinks::MainOrSub, 16,     6},
-    {KEP_AUDIO_RESOURCE_AMIXER7,  "AMIXER7", Sinks::MainOrSub, 16,     7},
-    {KEP_AUDIO_RESOURCE_AMIXER0,  "AMIXER",  Sinks::Alsa,      16,     0}, // the generic mixer
+    // resource                    source     sinks               index      port
+    {KEP_AUDIO_RESOURCE_ADEC0,    "ADEC",    listOf(kMainOrSub),  kDecoders, 0},
+    {KEP_AUDIO_RESOURCE_ADEC0,    "ADEC0",   listOf(kMainOrSub),  kDecoders, 0},
+    {KEP_AUDIO_RESOURCE_ADEC1,    "ADEC1",   listOf(kMainOrSub),  kDecoders, 1},
+    {KEP_AUDIO_RESOURCE_AMIXER0,  "AMIXER0", listOf(kMainOrSub),  kMixers,   0},
+    {KEP_AUDIO_RESOURCE_AMIXER1,  "AMIXER1", listOf(kMainOrSub),  kMixers,   1},
+    {KEP_AUDIO_RESOURCE_AMIXER2,  "AMIXER2", listOf(kMainOrSub),  kMixers,   2},
+    {KEP_AUDIO_RESOURCE_AMIXER3,  "AMIXER3", listOf(kMainOrSub),  kMixers,   3},
+    {KEP_AUDIO_RESOURCE_AMIXER4,  "AMIXER4", listOf(kMainOrSub),  kMixers,   4},
+    {KEP_AUDIO_RESOURCE_AMIXER5,  "AMIXER5", listOf(kMainOrSub),  kMixers,   5},
+    {KEP_AUDIO_RESOURCE_AMIXER6,  "AMIXER6", listOf(kMainOrSub),  kMixers,   6},
+    {KEP_AUDIO_RESOURCE_AMIXER7,  "AMIXER7", listOf(kMainOrSub),  kMixers,   7},
+    {KEP_AUDIO_RESOURCE_AMIXER0,  "AMIXER",  listOf(kAlsa),       kMixers,   0}, // the generic mixer
 };
 // clang-format on
 
-bool isBehind(const std::string& sink, Sinks sinks)
+constexpr auto kShownSources = projected(kResources, [](const ResourceRow& row) {
+    return kepInputSource{row.source, row.sinks, row.resource, row.index, row.port};
+});
+
+bool isBehind(const std::string& sink, kepNames sinks)
 {
-    return sinks == Sinks::Alsa ? sink == "ALSA" : sink == "MAIN" || sink == "SUB";
+    return std::find(sinks.begin(), sinks.end(), sink) != sinks.end();
 }
 
 const ResourceRow* findResource(KEP_AUDIO_RESOURCE_T resource)
 {
     for (const ResourceRow& row : kResources)
         if (row.resource == resource)
-            return &row;
-    return nullptr;
-}
-
-struct OutputRow {
-    KEP_AUDIO_SNDOUT_T output;
-    const char* names[2]; // either is accepted
-    bool selectable;
-    unsigned int typeBit;          // 0: the driver does not know it as an output of its own
-    KEP_AUDIO_SNDOUT_T members[3]; // of a combination, in the order in which they are opened
-};
-
-// clang-format off
-constexpr OutputRow kOutputs[] = {
-    // output                    names                                         selectable  bit  members
-    {KEP_AUDIO_SPK,             {"tv_speaker"},                                 true,      1,  {KEP_AUDIO_SPK}},
-    {KEP_AUDIO_SPDIF,           {"external_speaker", "external_optical"},       true,      2,  {KEP_AUDIO_SPDIF}},
-    {KEP_AUDIO_SPK_SPDIF,       {"tv_speaker_external", "tv_external_speaker"}, true,      0,  {KEP_AUDIO_SPK, KEP_AUDIO_SPDIF}},
-    {KEP_AUDIO_SPK_HP,          {"tv_speaker_headphone"},                       true,      0,  {KEP_AUDIO_SPK, KEP_AUDIO_HP}},
-    {KEP_AUDIO_SPK_OPTICAL_ARC, {"tv_speaker_optical_arc"},                     true,      0,  {KEP_AUDIO_SPK, KEP_AUDIO_SPDIF, KEP_AUDIO_ARC}},
-    {KEP_AUDIO_SPK_BLUETOOTH,   {"tv_speaker_bluetooth"},                       true,      0,  {KEP_AUDIO_SPK, KEP_AUDIO_BLUETOOTH}},
-    {KEP_AUDIO_HP,              {"headphone", "lineout"},                       true,     16,  {KEP_AUDIO_HP}},
-    {KEP_AUDIO_ARC,             {"external_arc", "urcu_oss"},                   true,     32,  {KEP_AUDIO_ARC}},
-    {KEP_AUDIO_QN_SOUND_SYNC,   {"qnSoundSync"},                                true,      4,  {KEP_AUDIO_QN_SOUND_SYNC}},
-    {KEP_AUDIO_BT_SOUNDBAR,     {"bt_soundbar"},                                true,      8,  {KEP_AUDIO_BT_SOUNDBAR}},
-    {KEP_AUDIO_WISA,            {"wisa_speaker"},                               true,     64,  {KEP_AUDIO_WISA}},
-    {KEP_AUDIO_ALSA,            {"alsa"},                                       false,     0,  {KEP_AUDIO_ALSA}},
-    {KEP_AUDIO_BLUETOOTH,       {},                                             false,   128,  {KEP_AUDIO_BLUETOOTH}}, // a member only
-};
-// clang-format on
-
-const OutputRow* findOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    for (const OutputRow& row : kOutputs)
-        if (row.output == output)
             return &row;
     return nullptr;
 }
@@ -100,7 +76,7 @@ KEP_AUDIO_RESOURCE_T kepTVAudio::getResourceId(const std::string& source, const 
 
 KEP_AUDIO_SNDOUT_T kepTVAudio::getSoundOutputResourceId(const std::string& name)
 {
-    for (const OutputRow& row : kOutputs)
+    for (const SoundOutput& row : soundOutputs())
         for (const char* accepted : row.names)
             if (accepted != nullptr && name == accepted)
                 return row.output;
@@ -121,19 +97,8 @@ int kepTVAudio::audioResourceIdToPort(KEP_AUDIO_RESOURCE_T resource)
 
 unsigned int kepTVAudio::getSoundOutputCommonType(KEP_AUDIO_SNDOUT_T output)
 {
-    const OutputRow* row = findOutput(output);
-    return row != nullptr ? row->typeBit : 0;
-}
-
-std::span<const KEP_AUDIO_SNDOUT_T> kepTVAudio::membersOf(KEP_AUDIO_SNDOUT_T output)
-{
-    static constexpr KEP_AUDIO_SNDOUT_T kNone[] = {KEP_AUDIO_NO_OUTPUT};
-    const OutputRow* row = findOutput(output);
-    if (row == nullptr)
-        return kNone;
-    const auto* end =
-        std::find(std::begin(row->members), std::end(row->members), KEP_AUDIO_NO_OUTPUT);
-    return {std::begin(row->members), end};
+    const SoundOutput* row = findSoundOutput(output);
+    return row != nullptr ? row->driverType : 0;
 }
 
 bool kepTVAudio::isValidResource(KEP_AUDIO_RESOURCE_T resource)
@@ -143,7 +108,7 @@ bool kepTVAudio::isValidResource(KEP_AUDIO_RESOURCE_T resource)
 
 bool kepTVAudio::isValidSoundout() const
 {
-    const OutputRow* row = findOutput(mCurrentSoundout);
+    const SoundOutput* row = findSoundOutput(mCurrentSoundout);
     return row != nullptr && row->selectable;
 }
 
@@ -208,4 +173,11 @@ bool kepTVAudio::isValidpipelinePurpose(JValue attributes) const
             return false;
     }
     return true;
+}
+
+constinit const kepList<kepNamedNumber> kBlocks = listOf(kBlockNames);
+
+kepList<kepInputSource> kepCatalogue::inputSources()
+{
+    return listOf(kShownSources);
 }
