@@ -20,7 +20,14 @@ VIRTUALTV_EXPORT std::vector<std::pair<std::string, std::string>> environment();
 VIRTUALTV_EXPORT void enter();
 
 /// The file that keeps the cards' values: KEP_VIRTUALTV_STATE if that is set, otherwise one file
-/// for each user of the machine.
+/// for each user of the machine. With a card table the values are in a file beside it, one for each
+/// table.
 VIRTUALTV_EXPORT std::string stateFilePath();
+
+/// The card table that "hw:0" is made from: what KEP_VIRTUALTV_CARD says, "" when it is not set.
+VIRTUALTV_EXPORT std::string cardFilePath();
+
+/// Sets KEP_VIRTUALTV_CARD in this process; to be called before the cards are used.
+VIRTUALTV_EXPORT void chooseCardFile(const std::string& path);
 
 } // namespace virtualtv
