@@ -1,30 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
-// What kepctl throws at itself when a script line is no good; the player reports it with file and
-// line.
+// What kepctl throws at itself when a script line is no good; who reads the script reports it with
+// file, line and column.
 #pragma once
 
-#include <cstdint>
-#include <initializer_list>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
-#include <vector>
-
-#include "jvalue.h"
 
 class BadLine : public std::runtime_error
 {
 public:
-    using std::runtime_error::runtime_error;
+    /// `place` is a byte of the line; `hint`, what was most likely meant, may be empty.
+    BadLine(const std::string& what, std::size_t place, std::string hint = "")
+        : std::runtime_error(what), mPlace(place), mHint(std::move(hint))
+    {
+    }
+
+    [[nodiscard]] std::size_t place() const { return mPlace; }
+    [[nodiscard]] const std::string& hint() const { return mHint; }
+
+private:
+    std::size_t mPlace;
+    std::string mHint;
 };
 
-// --- Checked reading of a script line's values; `what` names the value in the message.
+/// The column, from 1 in characters, of a byte of the line.
+std::size_t columnOf(const std::string& line, std::size_t place);
 
-/// A number without a fraction from `minimum` to `maximum`.
-std::int64_t wholeNumber(const JValue& value, const std::string& what, std::int64_t minimum,
-                         std::int64_t maximum);
-std::string text(const JValue& value, const std::string& what);
-bool truth(const JValue& value, const std::string& what);
-std::vector<std::string> texts(const JValue& value, const std::string& what);
-/// An object that holds no key but these.
-const JValue& objectOf(const JValue& value, const std::string& what,
-                       std::initializer_list<const char*> keys);
+/// The mistake as people read it: the sentence after `where`, the line with a caret under the
+/// place, and the hint. `where` is "file:4" or empty.
+std::string describe(const BadLine& mistake, const std::string& line, const std::string& where);

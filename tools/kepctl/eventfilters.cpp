@@ -8,6 +8,7 @@
 #include <cstring>
 #include <functional>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "loglevels.h"
@@ -52,16 +53,16 @@ std::unique_ptr<EventWriter> filtered(Change change, std::unique_ptr<EventWriter
 
 // --- Selection
 
-constexpr const char* kLog = "log";
+constexpr std::string_view kLog = "log";
 constexpr const char* kSelectionForm =
     "--only takes request, result, control, middleware, gpio, subcpu, log or log:N, "
     "separated by commas";
 
-/// The place of that kind in kEventKinds; "requests" will do for "request".
+/// The place of that kind in kTraceEvents; "requests" will do for "request".
 std::optional<std::size_t> kindOf(const std::string& name)
 {
-    for (std::size_t i = 0; i < kEventKinds.size(); ++i)
-        if (name == kEventKinds[i] || name == kEventKinds[i] + std::string{"s"})
+    for (std::size_t i = 0; i < std::size(kTraceEvents); ++i)
+        if (name == kTraceEvents[i].name || name == kTraceEvents[i].name + std::string{"s"})
             return i;
     return std::nullopt;
 }
@@ -78,11 +79,11 @@ bool select(const std::string& word, EventSelection& selection)
     if (colon != std::string::npos) {
         const std::string digit = word.substr(colon + 1);
         level = digit.size() == 1 ? digit.front() - '0' : -1;
-        if (kEventKinds[*kind] != kLog || !isLogLevel(level))
+        if (kTraceEvents[*kind].name != kLog || !isLogLevel(level))
             return false;
     }
     selection.shown[*kind] = true;
-    if (kEventKinds[*kind] == kLog)
+    if (kTraceEvents[*kind].name == kLog)
         selection.logLevel = std::max(selection.logLevel, level);
     return true;
 }
@@ -124,7 +125,7 @@ bool EventSelection::shows(const JValue& event) const
     const std::optional<std::size_t> kind = kindOf(event["event"].asString());
     if (!kind || !shown[*kind])
         return false;
-    return kEventKinds[*kind] != kLog || event["level"].asNumber<std::int32_t>() <= logLevel;
+    return kTraceEvents[*kind].name != kLog || event["level"].asNumber<std::int32_t>() <= logLevel;
 }
 
 std::string parseSelection(const std::string& list, EventSelection& selection)

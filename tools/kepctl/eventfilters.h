@@ -8,18 +8,12 @@
 #include <string>
 
 #include "trace.h"
-
-/// The kinds of events, in the order of the trace's documentation.
-// clang-format off
-inline constexpr std::array<const char*, 7> kEventKinds = {
-    "request", "result", "control", "middleware", "gpio", "subcpu", "log",
-};
-// clang-format on
+#include "traceevents.h"
 
 /// Which events are shown.
 struct EventSelection {
-    std::array<bool, kEventKinds.size()> shown{}; // as kEventKinds
-    int logLevel = 0;                             // log lines up to that one
+    std::array<bool, std::size(kTraceEvents)> shown{}; // as kTraceEvents
+    int logLevel = 0;                                  // log lines up to that one
 
     [[nodiscard]] bool shows(const JValue& event) const;
 };

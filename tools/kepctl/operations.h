@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// The operations of kepClient by name, with their arguments taken from JSON.
+// The operations of kepClient: one table of names and arguments, from which calls are checked,
+// made, listed and completed.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
+#include "jsonplaces.h"
 #include "jvalue.h"
 
 /// What a call gave.
@@ -24,14 +28,46 @@ enum class Answer {
     Value,  // tells nothing of the kind
 };
 
+/// What an argument means; its JSON type and range follow from it.
+enum class ArgumentKind {
+    SoundOutput,
+    Source,
+    Sink,
+    Switch,
+    Volume,
+    PipelineId,
+    Category,
+    Payload
+};
+
+struct Argument {
+    const char* name = nullptr;
+    ArgumentKind kind = ArgumentKind::Payload;
+};
+
 struct Operation {
     const char* name;
     Answer answer;
-    Call (*prepare)(const JValue& arguments);
+    std::array<Argument, 3> arguments;
+    std::size_t argumentCount;
+    Call (*prepare)(const JValue& arguments); // of checked arguments
+    const char* summary;
+
+    [[nodiscard]] std::span<const Argument> takes() const
+    {
+        return {arguments.data(), argumentCount};
+    }
 };
 
+std::span<const Operation> operationRows();
 /// Null for an unknown name.
 const Operation* findOperation(const std::string& name);
+
+/// "string", "true or false", "whole number from 0 to 255", "any JSON value".
+const char* typeOf(ArgumentKind kind);
+
+/// Checks the "args" of a call, null when it has none; throws BadLine. `place` is that of the call.
+void checkArguments(const Operation& operation, const JsonNode* arguments, std::size_t place);
 
 /// Whether this result of the operation is a failure.
 bool failed(const Operation& operation, const JValue& result);

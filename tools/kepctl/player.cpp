@@ -4,47 +4,43 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 
 #include "badline.h"
+#include "output.h"
 #include "scriptline.h"
 
-bool Player::play(const std::string& path)
+void Player::play(const Script& script)
 {
-    if (path == "-")
-        return play(std::cin, "standard input");
-    std::error_code error;
-    std::ifstream script{path};
-    const int reason = std::filesystem::is_directory(path, error) ? EISDIR : errno;
-    if (!script || reason == EISDIR) {
-        std::cerr << "kepctl: " << path << ": " << strerror(reason) << "\n";
-        return false;
-    }
-    return play(script, path);
+    for (const std::string& line : script.lines)
+        playLine(line);
 }
 
-bool Player::play(std::istream& script, const std::string& name)
+bool Player::playInput()
 {
+    errno = 0;
     std::string line;
-    for (int number = 1; std::getline(script, line); ++number) {
+    for (std::size_t number = 1; !output::inputIsClosed() && std::getline(std::cin, line);
+         ++number) {
         try {
             playLine(line);
-        } catch (const BadLine& fault) {
-            std::cerr << "kepctl: " << name << ":" << number << ": " << fault.what() << "\n";
+        } catch (const BadLine& mistake) {
+            tellMistake(mistake, kInputName, number, line);
             return false;
         }
     }
-    return true;
+    if (!output::inputIsClosed() && !std::cin.bad())
+        return true;
+    const int reason = output::inputIsClosed() ? EBADF : errno;
+    std::cerr << "kepctl: " << kInputName << ": " << strerror(reason != 0 ? reason : EIO) << "\n";
+    return false;
 }
 
 void Player::playLine(const std::string& line)
 {
-    if (line.find_first_not_of(" \t\r") == std::string::npos)
-        return;
-    if (line.front() == '#') {
-        mTrace.comment(line);
+    if (isSkipped(line)) {
+        if (line.starts_with('#'))
+            mTrace.comment(line);
         return;
     }
     const ScriptLine parsed = parseScriptLine(line);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Request script lines. A line is checked whole before any of it is done.
+// Request script lines. A line is checked whole before any of it is done; what follows the checks
+// only takes checked values.
 #include "scriptline.h"
 
-#include <climits>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -10,8 +11,8 @@
 
 #include "badline.h"
 #include "faults.h"
-#include "jdomparser.h"
 #include "loglevels.h"
+#include "scriptgrammar.h"
 #include "television.h"
 
 namespace
@@ -35,215 +36,221 @@ void runMainLoop(unsigned int milliseconds)
     g_main_loop_unref(loop);
 }
 
-Step parseWait(const JValue& value)
+Step prepareWait(const JsonNode& node)
 {
-    const auto milliseconds = static_cast<unsigned int>(wholeNumber(value, "\"wait\"", 0, INT_MAX));
+    const auto milliseconds = static_cast<unsigned int>(node.value.asNumber<std::int32_t>());
     return [milliseconds] { runMainLoop(milliseconds); };
 }
 
 // --- {"set": {...}}
 
-Step setLogLevelTo(const JValue& value)
+std::vector<std::string> texts(const JValue& value)
 {
-    const auto level = static_cast<int>(wholeNumber(value, "\"logLevel\"", kLogError, kLogDebug));
-    if (!isLogLevel(level))
-        throw BadLine("\"logLevel\" must be 3, 4, 6 or 7");
+    std::vector<std::string> result;
+    for (const JValue& element : value.elements())
+        result.push_back(element.asString());
+    return result;
+}
+
+Step setLogLevelTo(const JsonNode& node)
+{
+    const auto level = node.value.asNumber<std::int32_t>();
     return [level] { admitLogLevel(level); };
 }
 
-Step setGpio(const JValue& value)
+Step setGpio(const JsonNode& node)
 {
-    if (!value.isObject())
-        throw BadLine("\"gpio\" must be an object");
     std::vector<std::pair<std::string, int>> levels;
-    for (const auto& [line, level] : value.members())
-        levels.emplace_back(
-            line, static_cast<int>(wholeNumber(level, "the level of " + line, INT_MIN, INT_MAX)));
+    for (const auto& [line, level] : node.value.members())
+        levels.emplace_back(line, level.asNumber<std::int32_t>());
     return [levels] {
         for (const auto& [line, level] : levels)
             virtualtv::setLineLevel(line, level);
     };
 }
 
-Step setGainValue(const JValue& value)
+Step setGainValue(const JsonNode& node)
 {
-    const std::string gain = text(value, "\"gainValue\"");
+    const std::string gain = node.value.asString();
     return [gain] { virtualtv::setGainValue(gain); };
 }
 
-Step setAmplifierState(const JValue& value)
+Step setAmplifierState(const JsonNode& node)
 {
-    objectOf(value, "\"amplifierState\"", {"type", "states"});
-    virtualtv::AmplifierState state = virtualtv::amplifierState();
-    if (value.hasKey("type"))
-        state.type = text(value["type"], "\"type\"");
-    if (value.hasKey("states"))
-        state.states = texts(value["states"], "\"states\"");
-    return [state] { virtualtv::setAmplifierState(state); };
+    checkObject(node, ObjectForm::AmplifierState, "\"amplifierState\"");
+    const JValue given = node.value;
+    return [given] {
+        virtualtv::AmplifierState state = virtualtv::amplifierState();
+        if (given.hasKey("type"))
+            state.type = given["type"].asString();
+        if (given.hasKey("states"))
+            state.states = texts(given["states"]);
+        virtualtv::setAmplifierState(state);
+    };
 }
 
-Step setI2cData(const JValue& value)
+Step setI2cData(const JsonNode& node)
 {
-    const std::vector<std::string> data = texts(value, "\"i2cData\"");
+    const std::vector<std::string> data = texts(node.value);
     return [data] { virtualtv::setI2cData(data); };
 }
 
-// --- {"inject": {...}}
-
-std::optional<unsigned int> timesOf(const JValue& injection)
-{
-    if (!injection.hasKey("times"))
-        return std::nullopt;
-    return static_cast<unsigned int>(wholeNumber(injection["times"], "\"times\"", 1, INT_MAX));
-}
-
-struct Stage {
-    const char* name;
-    virtualtv::FaultPoint point;
-    bool ofAnElement; // "control" has to say which
-};
-constexpr Stage kStages[] = {
-    {"open", virtualtv::FaultPoint::CardOpen, false},
-    {"load", virtualtv::FaultPoint::CardLoad, false},
-    {"info", virtualtv::FaultPoint::CardInfo, true},
-    {"write", virtualtv::FaultPoint::CardWrite, true},
-};
-
-const Stage& stageOf(const JValue& injection)
-{
-    const std::string name =
-        injection.hasKey("stage") ? text(injection["stage"], "\"stage\"") : "write";
-    for (const Stage& stage : kStages)
-        if (name == stage.name)
-            return stage;
-    throw BadLine("\"stage\" must be open, load, info or write");
-}
-
-virtualtv::Injection controlInjection(const JValue& value)
-{
-    objectOf(value, "\"inject\"", {"control", "card", "stage", "status", "times"});
-    const Stage& stage = stageOf(value);
-    std::string element = "*";
-    if (value.hasKey("control"))
-        element = text(value["control"], "\"control\"");
-    else if (stage.ofAnElement)
-        throw BadLine("\"inject\" lacks \"control\"");
-    const std::string card = value.hasKey("card") ? text(value["card"], "\"card\"") : "";
-    const auto status = static_cast<int>(wholeNumber(value["status"], "\"status\"", INT_MIN, 0));
-    return {stage.point, stage.ofAnElement ? element : "*", card, status, timesOf(value)};
-}
-
-struct Target {
+struct Preparation {
     const char* key;
-    virtualtv::FaultPoint point;
-};
-constexpr Target kTargets[] = {
-    {"middleware", virtualtv::FaultPoint::Middleware},
-    {"gpio", virtualtv::FaultPoint::Gpio},
-    {"subcpu", virtualtv::FaultPoint::SubMicro},
-};
-
-virtualtv::Injection injectionOf(const JValue& value)
-{
-    for (const auto& [key, point] : kTargets) {
-        if (!value.hasKey(key))
-            continue;
-        objectOf(value, "\"inject\"", {key, "status", "times"});
-        const auto status =
-            static_cast<int>(wholeNumber(value["status"], "\"status\"", INT_MIN, INT_MAX));
-        return {point, text(value[key], '"' + std::string{key} + '"'), "", status, timesOf(value)};
-    }
-    return controlInjection(value);
-}
-
-Step parseInject(const JValue& value)
-{
-    const virtualtv::Injection injection = injectionOf(value);
-    return [injection] { virtualtv::inject(injection); };
-}
-
-// --- {"clear": true}
-
-Step parseClear(const JValue& value)
-{
-    if (!truth(value, "\"clear\""))
-        throw BadLine("\"clear\" must be true");
-    return [] { virtualtv::clearInjections(); };
-}
-
-// --- Tables of keys
-
-struct Row {
-    const char* key;
-    Step (*parse)(const JValue& value);
+    Step (*prepare)(const JsonNode& value);
 };
 
 template <std::size_t Size>
-Step parseByKey(const Row (&rows)[Size], const std::string& key, const JValue& value,
-                const std::string& where)
+Step prepareByKey(const Preparation (&rows)[Size], const std::string& key, const JsonNode& value)
 {
-    for (const Row& row : rows)
+    for (const Preparation& row : rows)
         if (key == row.key)
-            return row.parse(value);
-    throw BadLine("unknown key \"" + key + "\"" + where);
+            return row.prepare(value);
+    return [] {};
 }
 
-constexpr Row kSettings[] = {
+constexpr Preparation kSettings[] = {
     {"logLevel", &setLogLevelTo},           {"gpio", &setGpio},       {"gainValue", &setGainValue},
     {"amplifierState", &setAmplifierState}, {"i2cData", &setI2cData},
 };
 
-Step parseSet(const JValue& value)
+Step prepareSet(const JsonNode& node)
 {
-    if (!value.isObject())
-        throw BadLine("\"set\" must be an object");
+    checkObject(node, ObjectForm::Settings, "\"set\"");
     std::vector<Step> steps;
-    for (const auto& [key, setting] : value.members())
-        steps.push_back(parseByKey(kSettings, key, setting, " in \"set\""));
+    for (const JsonMember& member : node.members)
+        steps.push_back(prepareByKey(kSettings, member.key, member.node));
     return [steps] {
         for (const Step& step : steps)
             step();
     };
 }
 
-constexpr Row kActions[] = {
-    {"wait", &parseWait},
-    {"set", &parseSet},
-    {"inject", &parseInject},
-    {"clear", &parseClear},
+// --- {"inject": {...}}
+
+const Stage& stageOf(const JValue& injection)
+{
+    const std::string name = injection.hasKey("stage") ? injection["stage"].asString() : "write";
+    return *std::find_if(stageRows().begin(), stageRows().end(),
+                         [&](const Stage& stage) { return name == stage.name; });
+}
+
+virtualtv::Injection controlInjection(const JsonNode& node)
+{
+    checkMembers(node, ObjectForm::CardFault, "\"inject\"");
+    const Stage& stage = stageOf(node.value);
+    const JsonNode* control = node.find("control");
+    if (stage.ofAnElement && control == nullptr)
+        throw BadLine("\"inject\" lacks \"control\", \"middleware\", \"gpio\" or \"subcpu\"",
+                      node.begin);
+    requireKeys(node, ObjectForm::CardFault, "\"inject\"");
+    return {stage.point,
+            stage.ofAnElement ? control->value.asString() : "*",
+            node.value["card"].asString(),
+            0,
+            std::nullopt,
+            0};
+}
+
+struct Target {
+    const char* key;
+    ObjectForm form;
+    virtualtv::FaultPoint point;
+};
+constexpr Target kTargets[] = {
+    {"middleware", ObjectForm::MiddlewareFault, virtualtv::FaultPoint::Middleware},
+    {"gpio", ObjectForm::GpioFault, virtualtv::FaultPoint::Gpio},
+    {"subcpu", ObjectForm::SubMicroFault, virtualtv::FaultPoint::SubMicro},
 };
 
-ScriptLine parseCall(const JValue& line)
+virtualtv::Injection targetInjection(const JsonNode& node)
 {
-    objectOf(line, "the line", {"call", "args"});
-    const std::string name = text(line["call"], "\"call\"");
-    const Operation* operation = findOperation(name);
-    if (operation == nullptr)
-        throw BadLine("unknown operation \"" + name + "\"");
-    try {
-        return {line, operation, operation->prepare(line["args"])};
-    } catch (const BadLine& fault) {
-        throw BadLine(name + ": " + fault.what());
+    for (const auto& [key, form, point] : kTargets) {
+        const JsonNode* target = node.find(key);
+        if (target == nullptr)
+            continue;
+        checkObject(node, form, "\"inject\"");
+        return {point, target->value.asString(), "", 0, std::nullopt, 0};
     }
+    return controlInjection(node);
+}
+
+Step prepareInject(const JsonNode& node)
+{
+    virtualtv::Injection injection = targetInjection(node);
+    injection.status = node.value["status"].asNumber<std::int32_t>();
+    if (node.value.hasKey("times"))
+        injection.times = static_cast<unsigned int>(node.value["times"].asNumber<std::int32_t>());
+    injection.delayMs = static_cast<unsigned int>(node.value["delayMs"].asNumber<std::int32_t>());
+    return [injection] { virtualtv::inject(injection); };
+}
+
+// --- {"clear": true}
+
+Step prepareClear(const JsonNode&)
+{
+    return [] { virtualtv::clearInjections(); };
+}
+
+// --- The line
+
+constexpr Preparation kActions[] = {
+    {"wait", &prepareWait},
+    {"set", &prepareSet},
+    {"inject", &prepareInject},
+    {"clear", &prepareClear},
+};
+
+ScriptLine prepareCall(const JsonNode& line)
+{
+    checkObject(line, ObjectForm::CallLine, "the line");
+    const JsonNode* name = line.find("call");
+    const Operation* operation = findOperation(name->value.asString());
+    checkArguments(*operation, line.find("args"), name->begin);
+    return {line.value, operation, operation->prepare(line.value["args"])};
+}
+
+/// A key that no kind of line has: it may be a word that belongs further inside.
+[[noreturn]] void rejectFirstKey(const JsonMember& member)
+{
+    Names kinds;
+    for (const LineKind& kind : lineKinds())
+        kinds.emplace_back(kind.key);
+    std::string hint = didYouMean(member.key, kinds);
+    if (hint.empty())
+        hint = findOperation(member.key) != nullptr
+                   ? "did you mean {\"call\": \"" + member.key + "\"}?"
+                   : "a line starts with " + anyOf(kinds);
+    throw BadLine("unknown key \"" + member.key + "\"", member.keyBegin, hint);
+}
+
+/// The kind of the line: "call" wherever it stands, otherwise what the first key says.
+const LineKind& kindOf(const JsonNode& line)
+{
+    const std::string key = line.find("call") != nullptr ? "call" : line.members.front().key;
+    for (const LineKind& kind : lineKinds())
+        if (key == kind.key)
+            return kind;
+    rejectFirstKey(line.members.front());
 }
 
 } // namespace
 
 ScriptLine parseScriptLine(const std::string& line)
 {
-    JDomParser parser{JSchema::acceptAll()};
-    const JValue request = parser.parse(line);
-    if (!request.isValid())
-        throw BadLine("no JSON: " + parser.errorText());
-    if (!request.isObject() || request.size() == 0)
-        throw BadLine("a line must be an object with something to do");
-    if (request.hasKey("call"))
-        return parseCall(request);
-    const auto [key, value] = request.members().front();
-    const Step step = parseByKey(kActions, key, value, "");
-    if (request.size() > 1)
-        throw BadLine("\"" + key + "\" goes with no other key");
-    return {request, nullptr, [step]() -> std::optional<Outcome> {
+    const JsonNode request = parseJsonLine(line);
+    if (!request.value.isObject() || request.members.empty())
+        throw BadLine("a line must be an object with something to do", request.begin,
+                      std::string{"for example "} + lineExamples().front().line);
+    const LineKind& kind = kindOf(request);
+    if (kind.form == ObjectForm::CallLine)
+        return prepareCall(request);
+    if (request.members.size() > 1 && request.members[1].key != kind.key)
+        throw BadLine("\"" + std::string{kind.key} + "\" goes with no other key",
+                      request.members[1].keyBegin);
+    checkObject(request, kind.form, "the line");
+    const Step step = prepareByKey(kActions, kind.key, request.members.front().node);
+    return {request.value, nullptr, [step]() -> std::optional<Outcome> {
                 step();
                 return std::nullopt;
             }};

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The text format: a request a block, its effects indented under it, failures standing out.
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <optional>
 #include <string>
 
 #include "loglevels.h"
 #include "operations.h"
+#include "output.h"
 #include "resultwords.h"
 #include "terminal.h"
 #include "textlayout.h"
@@ -197,7 +197,7 @@ private:
             all += column + escape + part + end + "\n";
             column.assign(margin, ' ');
         }
-        fwrite(all.data(), 1, all.size(), stdout);
+        output::print(all);
     }
 
     const TextStyle mStyle;

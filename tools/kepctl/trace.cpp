@@ -2,9 +2,8 @@
 // Where all events of a run come together.
 #include "trace.h"
 
-#include <cstdio>
-
 #include "journal.h"
+#include "output.h"
 #include "platformlog.h"
 
 namespace
@@ -13,11 +12,7 @@ namespace
 class JsonLinesWriter : public EventWriter
 {
 public:
-    void write(const JValue& event) override
-    {
-        const std::string line = event.stringify() + "\n";
-        fwrite(line.data(), 1, line.size(), stdout);
-    }
+    void write(const JValue& event) override { output::print(event.stringify() + "\n"); }
 };
 
 JValue logEvent(const LogMessage& message)
@@ -44,8 +39,6 @@ std::unique_ptr<EventWriter> makeJsonLinesWriter()
 
 Trace::Trace(std::unique_ptr<EventWriter> writer) : mWriter(std::move(writer))
 {
-    setvbuf(stdout, nullptr, _IOLBF,
-            BUFSIZ); // what has happened is told, even if the process is killed
     LogSetSink([this](const LogMessage& message) { add(logEvent(message)); });
     virtualtv::listen([this](const JValue& event) { add(event); });
 }

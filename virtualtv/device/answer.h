@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "devicenames.h"
 #include "faults.h"
 #include "journal.h"
 #include "mwlparams.h"
@@ -50,8 +51,9 @@ inline JValue toJson(const MwlParams& parameters)
 
 /// The event of a call of `operation`, "library.operation", without its outcome.
 template <typename... Arguments>
-JValue middlewareEvent(std::string_view operation, const Arguments&... arguments)
+JValue middlewareEvent(MiddlewareName name, const Arguments&... arguments)
 {
+    const std::string_view operation = name;
     const std::size_t dot = operation.find('.');
     JValue values = JValue::array();
     (values.append(toJson(arguments)), ...);
@@ -65,7 +67,7 @@ JValue middlewareEvent(std::string_view operation, const Arguments&... arguments
 
 /// The status of a call; nothing is made of its arguments unless somebody listens.
 template <typename... Arguments>
-int answer(std::string_view operation, const Arguments&... arguments)
+int answer(MiddlewareName operation, const Arguments&... arguments)
 {
     const int status = injectedStatus(FaultPoint::Middleware, operation);
     if (listening()) {
@@ -78,7 +80,7 @@ int answer(std::string_view operation, const Arguments&... arguments)
 
 /// The same for a query that answers `returned` and no status; it can be late, though.
 template <typename Returned, typename... Arguments>
-Returned answerQuery(std::string_view operation, Returned returned, const Arguments&... arguments)
+Returned answerQuery(MiddlewareName operation, Returned returned, const Arguments&... arguments)
 {
     injectedStatus(FaultPoint::Middleware, operation);
     if (listening()) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Stands for the GPIO library and that of the sub-microcontroller.
+#include "devicenames.h"
 #include "faults.h"
 #include "hwiogpio.h"
 #include "journal.h"
@@ -26,7 +27,7 @@ int HWIO_GPIO_ReadInputPort(const char* line, std::uint8_t* level)
 
 int subcpu_misc_Set_HPMuteOnOff(bool mute)
 {
-    constexpr const char* kOperation = "subcpu_misc_Set_HPMuteOnOff";
+    constexpr const char* kOperation = virtualtv::kSubMicroOperations[0].name;
     const int status = virtualtv::injectedStatus(FaultPoint::SubMicro, kOperation);
     if (virtualtv::listening()) {
         JValue arguments = JValue::array();

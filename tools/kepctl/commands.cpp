@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// kepctl's commands.
+#include "commands.h"
+
+#include <iostream>
+
+#include "closest.h"
+#include "environmentcommand.h"
+#include "help.h"
+#include "listcommand.h"
+#include "output.h"
+#include "runcommand.h"
+
+namespace
+{
+
+// clang-format off
+constexpr Command kCommands[] = {
+    {"run", kRun, "[OPTION]... SCRIPT...", "play request scripts (\"-\" reads standard input)",
+     "A script file is checked whole before anything is played, standard input line by line as it\n"
+     "comes. Exit status: 0 the scripts ran to their end; 1 with --strict, when a call failed;\n"
+     "2 unusable options, a bad script line, or output that could not be written.\n"
+     "\"kepctl help script\" explains the lines, \"kepctl help trace\" what comes out.",
+     &runScripts},
+    {"env", kEnv, "", "shell exports with which amixer, alsamixer and the like see the virtual cards",
+     "Use it as in: eval \"$(kepctl env)\"; amixer -D hw:0 contents",
+     &printEnvironment},
+    {"list", kList, "[OPTION]... WHAT", "what there is by name, with arguments, types and ranges",
+     nullptr,
+     &list},
+    {"help", kHelp, "[TOPIC]", "help on a command, on \"script\" or on \"trace\"",
+     nullptr,
+     &help},
+};
+// clang-format on
+
+int unknownCommand(const std::string& word)
+{
+    Names names;
+    for (const Command& command : kCommands)
+        names.emplace_back(command.name);
+    const std::string hint = didYouMean(word, names);
+    unusable("unknown command \"" + word + "\"" + (hint.empty() ? "" : "; " + hint));
+    if (hint.empty())
+        std::cerr << usage();
+    return kUnusable;
+}
+
+/// Without a command: only --help and --version mean something.
+int runWithoutCommand(const std::vector<std::string>& arguments)
+{
+    Options options;
+    const std::string reason = readOptions(arguments, kNoCommand, options);
+    if (options.version)
+        return printVersion();
+    if (options.help)
+        return help({});
+    for (const Command& command : kCommands)
+        for (const OptionRow& option : optionRows())
+            if (("--" + std::string{option.name}) ==
+                    arguments.front().substr(0, arguments.front().find('=')) &&
+                (option.commands & command.bit) != 0)
+                return unusable("options stand behind the command: kepctl " +
+                                std::string{command.name} + " " + arguments.front() + " ...");
+    return unusable(reason);
+}
+
+int runNamed(const Command& command, const std::vector<std::string>& arguments)
+{
+    Options options;
+    const std::string reason = readOptions(arguments, command.bit, options);
+    if (options.help) {
+        options.words = {command.name};
+        return help(options);
+    }
+    if (!reason.empty())
+        return unusable(reason + " (\"kepctl help " + command.name + "\" lists the options)");
+    return command.run(options);
+}
+
+} // namespace
+
+std::span<const Command> commandRows()
+{
+    return kCommands;
+}
+
+const Command* findCommand(const std::string& name)
+{
+    for (const Command& command : kCommands)
+        if (name == command.name)
+            return &command;
+    return nullptr;
+}
+
+int unusable(const std::string& reason)
+{
+    std::cerr << "kepctl: " << reason << "\n";
+    return kUnusable;
+}
+
+int runCommand(int argc, char** argv)
+{
+    output::prepare();
+    if (argc < 2) {
+        std::cerr << usage();
+        return kUnusable;
+    }
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments.front().starts_with('-'))
+        return runWithoutCommand(arguments);
+    const Command* command = findCommand(arguments.front());
+    if (command == nullptr)
+        return unknownCommand(arguments.front());
+    return runNamed(*command, {arguments.begin() + 1, arguments.end()});
+}

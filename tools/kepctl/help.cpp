@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: Apache-2.0
+// kepctl help.
+#include "help.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include <dlfcn.h>
+
+#include "closest.h"
+#include "commands.h"
+#include "kepclient.h"
+#include "output.h"
+#include "scriptgrammar.h"
+#include "traceevents.h"
+
+namespace
+{
+
+std::string padded(std::string text, std::size_t width)
+{
+    text.resize(std::max(width, text.size()), ' ');
+    return text;
+}
+
+std::string usageOf(const Command& command)
+{
+    return std::string{"kepctl "} + command.name + (*command.arguments != '\0' ? " " : "") +
+           command.arguments;
+}
+
+/// "--format text|jsonl" as it stands in a list of options.
+std::string headOf(const OptionRow& option)
+{
+    return std::string{"--"} + option.name +
+           (option.argument != nullptr ? std::string{" "} + option.argument : "");
+}
+
+std::string optionsOf(CommandSet command)
+{
+    std::size_t width = 0;
+    for (const OptionRow& option : optionRows())
+        if ((option.commands & command) != 0)
+            width = std::max(width, headOf(option).size());
+    std::string text = "Options:\n";
+    for (const OptionRow& option : optionRows())
+        if ((option.commands & command) != 0)
+            text += "  " + padded(headOf(option), width + 2) + option.help + "\n";
+    return text;
+}
+
+void helpOverview()
+{
+    output::print(
+        "kepctl plays request scripts against the library on a virtual television and\n"
+        "shows what it would do.\n\n" +
+        usage() + "\n" + optionsOf(kNoCommand) +
+        "\n\"kepctl help COMMAND\", \"kepctl help script\" and \"kepctl help trace\" tell more.\n");
+}
+
+void helpCommand(const Command& command)
+{
+    output::print("Usage: " + usageOf(command) + "\n\n" + command.summary + "\n\n" +
+                  optionsOf(command.bit) +
+                  (command.help != nullptr ? std::string{"\n"} + command.help + "\n" : ""));
+}
+
+struct FormTitle {
+    ObjectForm form;
+    const char* title;
+};
+constexpr FormTitle kFormTitles[] = {
+    {ObjectForm::CallLine, "a call"},
+    {ObjectForm::Settings, "\"set\""},
+    {ObjectForm::AmplifierState, "\"amplifierState\""},
+    {ObjectForm::CardFault, "\"inject\" (a card)"},
+    {ObjectForm::MiddlewareFault, "\"inject\" (the middleware)"},
+    {ObjectForm::GpioFault, "\"inject\" (an input line)"},
+    {ObjectForm::SubMicroFault, "\"inject\" (the sub-microcontroller)"},
+};
+
+void helpScript()
+{
+    std::string text =
+        "A script has one JSON object a line. Blank lines, and lines with # in the first\n"
+        "column, are skipped. Nothing is initialised behind its back: a script that wants\n"
+        "a backend calls initialize.\n";
+    for (const LineKind& kind : lineKinds()) {
+        text += "\n" + std::string{kind.key} + ": " + kind.summary + "\n";
+        for (const LineExample& example : lineExamples())
+            if (kind.key == std::string{example.kind})
+                text += "  " + std::string{example.line} + "\n      " + example.effect + "\n";
+    }
+    for (const FormTitle& row : kFormTitles) {
+        text += "\nKeys of " + std::string{row.title} + ":\n";
+        for (const KeyRow& key : keyRows())
+            if (key.form == row.form)
+                text += "  " + padded(key.key, 16) + typeOf(key) +
+                        (key.required ? "" : ", optional") + ": " + key.help + "\n";
+    }
+    text +=
+        "\nAn injection without \"times\" holds until cleared. Of several that match, the oldest still\n"
+        "in force is used; a status of 0 lets the access through.\n";
+    output::print(text);
+}
+
+void helpTrace()
+{
+    std::string text =
+        "With --format jsonl every event is one JSON object a line, \"event\" first, in the order\n"
+        "in which things happen. Events of another thread than the main one carry\n"
+        "\"thread\": \"worker\". Keys with nothing to say are left out.\n";
+    for (const TraceEvent& event : kTraceEvents)
+        text += "\n" + std::string{event.name} + ": " + event.meaning + "\n  keys: " + event.keys +
+                "\n  " + event.example + "\n";
+    output::print(text);
+}
+
+struct Topic {
+    const char* name;
+    void (*print)();
+};
+constexpr Topic kTopics[] = {
+    {"script", &helpScript},
+    {"trace", &helpTrace},
+};
+
+int unknownTopic(const std::string& word)
+{
+    Names names;
+    for (const Command& command : commandRows())
+        names.emplace_back(command.name);
+    for (const Topic& topic : kTopics)
+        names.emplace_back(topic.name);
+    const std::string hint = didYouMean(word, names);
+    return unusable("no help on \"" + word + "\"; " +
+                    (hint.empty() ? "there is help on " + anyOf(names) : hint));
+}
+
+/// The library that this process runs, its version in the name: not the one that was built with it.
+std::string libraryFile()
+{
+    Dl_info library = {};
+    if (dladdr(reinterpret_cast<const void*>(&kepClient::getInstance), &library) == 0)
+        return "unknown";
+    std::error_code error;
+    const std::filesystem::path file = std::filesystem::canonical(library.dli_fname, error);
+    return file.filename().string() + " (" + file.parent_path().string() + ")";
+}
+
+} // namespace
+
+std::string usage()
+{
+    std::size_t width = 0;
+    for (const Command& command : commandRows())
+        width = std::max(width, usageOf(command).size());
+    std::string text = "Usage:\n";
+    for (const Command& command : commandRows())
+        text += "  " + padded(usageOf(command), width + 2) + command.summary + "\n";
+    return text;
+}
+
+int help(const Options& options)
+{
+    if (options.words.size() > 1)
+        return unusable("help takes one topic, not also \"" + options.words[1] + "\"");
+    if (options.words.empty()) {
+        helpOverview();
+        return kPlayed;
+    }
+    const std::string& word = options.words.front();
+    if (const Command* command = findCommand(word)) {
+        helpCommand(*command);
+        return kPlayed;
+    }
+    for (const Topic& topic : kTopics) {
+        if (word != topic.name)
+            continue;
+        topic.print();
+        return kPlayed;
+    }
+    return unknownTopic(word);
+}
+
+int printVersion()
+{
+    output::print("kepctl " KEP_VERSION "\nlibrary " + libraryFile() + "\n");
+    return kPlayed;
+}

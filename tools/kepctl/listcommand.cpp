@@ -1,0 +1,281 @@
+// SPDX-License-Identifier: Apache-2.0
+// kepctl list. Every list is an array of objects with the same keys; the formats only write it.
+#include "listcommand.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "cardelements.h"
+#include "commands.h"
+#include "devicenames.h"
+#include "jvalue.h"
+#include "names.h"
+#include "operations.h"
+#include "output.h"
+#include "scriptgrammar.h"
+#include "session.h"
+
+namespace
+{
+
+/// An object of these members.
+JValue object(std::initializer_list<std::pair<const char*, JValue>> members)
+{
+    JValue result = JValue::object();
+    for (const auto& [key, value] : members)
+        result.put(key, value);
+    return result;
+}
+
+JValue arrayOf(const Names& names)
+{
+    JValue result = JValue::array();
+    for (const std::string& name : names)
+        result.append(name);
+    return result;
+}
+
+// --- One function a list
+
+constexpr const char* kAnswers[] = {"1 done, 0 failed", "0 done, else failed", "a value"};
+
+JValue operations()
+{
+    JValue rows = JValue::array();
+    for (const Operation& operation : operationRows()) {
+        JValue arguments = JValue::array();
+        for (const Argument& argument : operation.takes())
+            arguments.append(object({{"name", argument.name}, {"type", typeOf(argument.kind)}}));
+        rows.append(object({{"operation", operation.name},
+                            {"arguments", arguments},
+                            {"result", kAnswers[static_cast<int>(operation.answer)]},
+                            {"meaning", operation.summary}}));
+    }
+    return rows;
+}
+
+JValue elements()
+{
+    JValue rows = JValue::array();
+    for (const CardElement& element : cardElements())
+        rows.append(object({{"card", element.card},
+                            {"element", element.name},
+                            {"type", element.type},
+                            {"count", element.count},
+                            {"min", element.minimum},
+                            {"max", element.maximum}}));
+    return rows;
+}
+
+JValue middleware()
+{
+    JValue rows = JValue::array();
+    for (const virtualtv::DeviceOperation& operation : virtualtv::kMiddlewareOperations)
+        rows.append(object({{"operation", operation.name}, {"arguments", operation.arguments}}));
+    return rows;
+}
+
+struct FaultRow {
+    ObjectForm form;
+    const char* at;
+};
+constexpr FaultRow kFaults[] = {
+    {ObjectForm::CardFault, "card"},
+    {ObjectForm::MiddlewareFault, "middleware"},
+    {ObjectForm::GpioFault, "input line"},
+    {ObjectForm::SubMicroFault, "sub-microcontroller"},
+};
+
+JValue faults()
+{
+    JValue rows = JValue::array();
+    for (const auto& [form, at] : kFaults)
+        for (const KeyRow& key : keyRows())
+            if (key.form == form)
+                rows.append(
+                    object({{"at", at},
+                            {"key", key.key},
+                            {"type", typeOf(key)},
+                            {"needed", key.required},
+                            {"meaning", key.help},
+                            {"values",
+                             key.kind == ValueKind::InputLine || key.kind == ValueKind::SubMicro ||
+                                     key.kind == ValueKind::Stage || key.kind == ValueKind::Card
+                                 ? arrayOf(valuesOf(key.kind))
+                                 : JValue::array()}}));
+    return rows;
+}
+
+JValue backends()
+{
+    JValue rows = JValue::array();
+    for (const std::string& name : names::backends())
+        rows.append(object({{"backend", name}}));
+    return rows;
+}
+
+struct List {
+    const char* name;
+    const char* title;
+    JValue (*rows)();
+};
+// clang-format off
+constexpr List kLists[] = {
+    {"operations", "Operations of the library",                  &operations},
+    {"elements",   "Control elements of the cards",              &elements},
+    {"middleware", "Operations of the middleware",               &middleware},
+    {"faults",     "Faults that a script can inject",            &faults},
+    {"backends",   "Backends",                                   &backends},
+};
+// clang-format on
+
+// --- Formats
+
+/// A value as a cell of a table shows it.
+std::string cell(const JValue& value)
+{
+    if (value.isString())
+        return value.asString();
+    if (value.isBool())
+        return value.asBool() ? "yes" : "no";
+    if (!value.isArray())
+        return value.stringify();
+    std::string all;
+    for (const JValue& element : value.elements())
+        all += (all.empty() ? "" : ", ") +
+               (element.isObject() ? element["name"].asString() + ": " + element["type"].asString()
+                                   : cell(element));
+    return all;
+}
+
+std::size_t widthOf(const std::string& text)
+{
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
+        return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+    }));
+}
+
+std::string padded(const std::string& text, std::size_t width)
+{
+    return text + std::string(width - std::min(width, widthOf(text)), ' ');
+}
+
+using Cells = std::vector<std::vector<std::string>>; // the first row is the heading
+
+Cells cellsOf(const JValue& rows)
+{
+    Cells cells;
+    for (const JValue& row : rows.elements()) {
+        if (cells.empty()) {
+            cells.emplace_back();
+            for (const auto& [key, value] : row.members())
+                cells.back().push_back(key);
+        }
+        cells.emplace_back();
+        for (const auto& [key, value] : row.members())
+            cells.back().push_back(cell(value));
+    }
+    return cells;
+}
+
+std::vector<std::size_t> widthsOf(const Cells& cells)
+{
+    std::vector<std::size_t> widths;
+    for (const auto& row : cells) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], widthOf(row[i]));
+    }
+    return widths;
+}
+
+std::string asText(const List&, const JValue& rows)
+{
+    const Cells cells = cellsOf(rows);
+    const std::vector<std::size_t> widths = widthsOf(cells);
+    std::string text;
+    for (const auto& row : cells) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i)
+            line += padded(row[i], widths[i] + 2);
+        text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    }
+    return text;
+}
+
+std::string asJson(const List&, const JValue& rows)
+{
+    return rows.stringify() + "\n";
+}
+
+/// A cell of a page's table: | would end it, < would be markup.
+std::string escaped(const std::string& text)
+{
+    std::string result;
+    for (const char letter : text) {
+        if (letter == '|' || letter == '<' || letter == '*' || letter == '\\')
+            result += '\\';
+        result += letter;
+    }
+    return result;
+}
+
+std::string asMarkdown(const List& list, const JValue& rows)
+{
+    const Cells cells = cellsOf(rows);
+    std::string text = "## " + std::string{list.title} + "\n\n";
+    for (std::size_t r = 0; r < cells.size(); ++r) {
+        text += "|";
+        for (const std::string& each : cells[r])
+            text += " " + escaped(each) + " |";
+        text += "\n";
+        if (r == 0) {
+            text += "|";
+            for (std::size_t i = 0; i < cells[r].size(); ++i)
+                text += "---|";
+            text += "\n";
+        }
+    }
+    return text;
+}
+
+struct Format {
+    const char* name;
+    std::string (*write)(const List& list, const JValue& rows);
+};
+constexpr Format kFormats[] = {
+    {"text", &asText},
+    {"json", &asJson},
+    {"markdown", &asMarkdown},
+};
+
+} // namespace
+
+Names listNames()
+{
+    Names all;
+    for (const List& list : kLists)
+        all.emplace_back(list.name);
+    return all;
+}
+
+int list(const Options& options)
+{
+    if (options.words.empty())
+        return unusable("list what? " + anyOf(listNames()));
+    if (options.words.size() > 1)
+        return unusable("list takes one word, not also \"" + options.words[1] + "\"");
+    const std::string& word = options.words.front();
+    for (const List& list : kLists) {
+        if (word != list.name)
+            continue;
+        enterTelevision(options);
+        for (const Format& format : kFormats)
+            if (options.format == format.name)
+                output::print(format.write(list, list.rows()));
+        return kPlayed;
+    }
+    const std::string hint = didYouMean(word, listNames());
+    return unusable("unknown list \"" + word + "\"; " +
+                    (hint.empty() ? "there are " + anyOf(listNames()) : hint));
+}

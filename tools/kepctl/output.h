@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+// Standard output. What cannot be written ends the program with a message and status 2: nobody
+// should take half an output for the whole.
+#pragma once
+
+#include <string_view>
+
+namespace output
+{
+
+/// Looks at the standard streams before anything else opens a file, which would get the number of a
+/// closed one. Does not return when standard output is closed.
+void prepare();
+/// Whether the program was started without a standard input.
+bool inputIsClosed();
+
+/// Writes whole lines, at once. From any thread. Does not return when that fails.
+void print(std::string_view text);
+
+} // namespace output

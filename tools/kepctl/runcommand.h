@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+// kepctl run.
+#pragma once
+
+#include "options.h"
+
+int runScripts(const Options& options);

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+// The library, the virtual television and the trace, set up as the options say.
+#include "session.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include <alsa/asoundlib.h>
+
+#include "environment.h"
+#include "loglevels.h"
+
+namespace
+{
+
+/// Where kepctl's data lie: in share/kep beside the folder of the program.
+std::filesystem::path dataDirectory()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "share" /
+           "kep";
+}
+
+void ignoreAlsaMessage(const char*, int, const char*, int, const char*, ...) {}
+
+} // namespace
+
+Presentation presentationOf(const Options& options)
+{
+    return {.format = options.format,
+            .colour = options.color,
+            .only = options.only,
+            .time = options.time,
+            .noClocks = options.noClocks};
+}
+
+void enterTelevision(const Options& options)
+{
+    const std::string config =
+        !options.config.empty() ? options.config : (dataDirectory() / options.backend).string();
+    setenv("KEP_CONFIG_DIR", config.c_str(), /*overwrite=*/1);
+    if (!options.hardware)
+        virtualtv::enter();
+    snd_lib_error_set_handler(&ignoreAlsaMessage); // the library logs what matters of it
+    admitLogLevel(std::stoi(options.logLevel));
+}
+
+Trace& startTrace(const Options& options)
+{
+    static Trace* const trace = // never destroyed: the backends still log when static objects are
+        new Trace{makeWriter(presentationOf(options))};
+    return *trace;
+}
