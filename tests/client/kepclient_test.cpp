@@ -9,7 +9,6 @@
 
 #include <gmock/gmock.h>
 
-#include "jdomparser.h"
 #include "kepalsaaudio.h"
 #include "kepfactory.h"
 #include "keplog.h"
@@ -22,11 +21,6 @@ namespace
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-JValue json(const std::string& text)
-{
-    return JDomParser{JSchema::acceptAll()}.parse(text);
-}
 
 std::string shown(const std::string& text)
 {

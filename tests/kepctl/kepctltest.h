@@ -16,8 +16,6 @@ inline constexpr const char* kProgram = KEPCTL_PROGRAM;
 
 enum ExitStatus { kPlayed = 0, kCallFailed = 1, kUnusable = 2 };
 
-using Texts = std::vector<std::string>;
-
 struct Execution {
     int status = -1; // as of a shell
     std::string output;

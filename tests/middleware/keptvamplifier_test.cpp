@@ -15,7 +15,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr AdapterLog kLog{"keptvamplifier", "AMPLIFIER_MWL_ERROR"};
+constexpr FileLog kLog{"keptvamplifier", "AMPLIFIER_MWL_ERROR"};
 
 kepTVAmplifier& amplifier()
 {

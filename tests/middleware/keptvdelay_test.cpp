@@ -14,7 +14,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr AdapterLog kLog{"keptvdelay", "DELAY_MWL_ERROR"};
+constexpr FileLog kLog{"keptvdelay", "DELAY_MWL_ERROR"};
 
 kepTVDelay& delay()
 {

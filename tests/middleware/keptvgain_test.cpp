@@ -17,7 +17,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr AdapterLog kLog{"keptvgain", "GAIN_MWL_ERROR"};
+constexpr FileLog kLog{"keptvgain", "GAIN_MWL_ERROR"};
 
 kepTVGain& gain()
 {

@@ -15,7 +15,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr AdapterLog kLog{"keptvsoundengine", "SOUND_ENGINE_MWL_ERROR"};
+constexpr FileLog kLog{"keptvsoundengine", "SOUND_ENGINE_MWL_ERROR"};
 
 kepTVSoundEngine& engine()
 {

@@ -19,13 +19,8 @@
 
 #include <gtest/gtest.h>
 
+#include "jsonvalues.h"
 #include "jvalue.h"
-
-/// Found by GoogleTest through the class: a failed comparison shows the text of both values.
-void PrintTo(const JValue& value, std::ostream* out)
-{
-    *out << (value.isValid() ? value.stringify() : "(invalid)");
-}
 
 namespace
 {
@@ -70,14 +65,6 @@ void expectAllRefused(const Row (&rows)[size])
         expectRefused(row.text, row.what);
 }
 
-JValue parsed(std::string_view text)
-{
-    JDomParser parser{JSchema::acceptAll()};
-    JValue value = parser.parse(text);
-    EXPECT_TRUE(value.isValid()) << text << ": " << parser.errorText();
-    return value;
-}
-
 /// `depth` opening texts, `innermost`, as many closing texts.
 std::string nested(int depth, const std::string& opening, const std::string& innermost,
                    const std::string& closing)
@@ -107,7 +94,7 @@ TEST(JDomParserText, AcceptsEveryScalarAtTheTop)
         {"\ntrue", JValue{true}}, {R"( "x" )", JValue{"x"}},
     };
     for (const ScalarRow& row : rows)
-        EXPECT_EQ(parsed(row.text), row.value) << row.text;
+        EXPECT_EQ(json(row.text), row.value) << row.text;
 }
 
 TEST(JDomParserText, AcceptsEveryFormOfNumber)
@@ -135,9 +122,9 @@ TEST(JDomParserText, AcceptsEveryFormOfNumber)
     };
     // clang-format on
     for (const NumberRow& row : kRows) {
-        EXPECT_EQ(parsed(row.text).asNumber<double>(), row.number) << row.text;
-        EXPECT_EQ(parsed("["s + row.text + "]")[0].asNumber<double>(), row.number) << row.text;
-        EXPECT_EQ(parsed(R"({"a":)"s + row.text + "}")["a"].asNumber<double>(), row.number)
+        EXPECT_EQ(json(row.text).asNumber<double>(), row.number) << row.text;
+        EXPECT_EQ(json("["s + row.text + "]")[0].asNumber<double>(), row.number) << row.text;
+        EXPECT_EQ(json(R"({"a":)"s + row.text + "}")["a"].asNumber<double>(), row.number)
             << row.text;
     }
 }
@@ -145,8 +132,8 @@ TEST(JDomParserText, AcceptsEveryFormOfNumber)
 TEST(JDomParserText, KeepsTheTextOfFractionsAndExponents)
 {
     for (const char* text : {"1.10", "1e5", "1.0", "-2.500", "1E5", "1e+05", "0.10e-2"}) {
-        EXPECT_EQ(parsed(text).stringify(), text);
-        EXPECT_EQ(parsed("["s + text + ",1]").stringify(), "["s + text + ",1]");
+        EXPECT_EQ(json(text).stringify(), text);
+        EXPECT_EQ(json("["s + text + ",1]").stringify(), "["s + text + ",1]");
     }
 }
 
@@ -180,7 +167,7 @@ TEST(JDomParserText, ReadsEveryEscape)
     // clang-format on
     for (const EscapeRow& row : kRows) {
         std::string string;
-        EXPECT_TRUE(parsed(row.text).asString(string)) << row.text;
+        EXPECT_TRUE(json(row.text).asString(string)) << row.text;
         EXPECT_EQ(string, row.string) << row.text;
     }
 }
@@ -192,7 +179,7 @@ TEST(JDomParserText, ASurrogateAloneNeverBecomesInvalidUtf8)
         JDomParser parser{JSchema::acceptAll()};
         const JValue value = parser.parse(text);
         if (value.isValid()) {
-            EXPECT_EQ(parsed(value.stringify()), value) << text;
+            EXPECT_EQ(json(value.stringify()), value) << text;
         }
     }
 }
@@ -200,31 +187,31 @@ TEST(JDomParserText, ASurrogateAloneNeverBecomesInvalidUtf8)
 TEST(JDomParserText, ReadsNestedValuesWithBlanksAnywhere)
 {
     const JValue value =
-        parsed("\r\n\t { \"a\" :\t[ 1 ,\n[ ] , { } ,null ] , \"b\" : { \"c\" : false } }\n ");
+        json("\r\n\t { \"a\" :\t[ 1 ,\n[ ] , { } ,null ] , \"b\" : { \"c\" : false } }\n ");
     EXPECT_EQ(value.stringify(), R"({"a":[1,[],{},null],"b":{"c":false}})");
 }
 
 TEST(JDomParserText, AKeyGivenTwiceKeepsItsFirstPlaceAndItsLastValue)
 {
-    EXPECT_EQ(parsed(R"({"a":1,"b":2,"a":3})").stringify(), R"({"a":3,"b":2})");
-    EXPECT_EQ(parsed(R"({"a":1,"b":2,"\u0061":3})").stringify(), R"({"a":3,"b":2})");
-    EXPECT_EQ(parsed(R"({"a":{"x":1},"b":2,"a":{"y":2},"a":null})").stringify(),
+    EXPECT_EQ(json(R"({"a":1,"b":2,"a":3})").stringify(), R"({"a":3,"b":2})");
+    EXPECT_EQ(json(R"({"a":1,"b":2,"\u0061":3})").stringify(), R"({"a":3,"b":2})");
+    EXPECT_EQ(json(R"({"a":{"x":1},"b":2,"a":{"y":2},"a":null})").stringify(),
               R"({"a":null,"b":2})");
-    EXPECT_EQ(parsed(R"({"o":{"a":1,"b":2,"a":[]}})").stringify(), R"({"o":{"a":[],"b":2}})");
+    EXPECT_EQ(json(R"({"o":{"a":1,"b":2,"a":[]}})").stringify(), R"({"o":{"a":[],"b":2}})");
 }
 
 TEST(JDomParserText, ATextMayBeLargerThanAFile)
 {
     const std::string string(JDomParser::kMaxFileBytes, 'x');
-    EXPECT_EQ(parsed("\"" + string + "\"").asString(), string);
+    EXPECT_EQ(json("\"" + string + "\"").asString(), string);
 }
 
 TEST(JDomParserText, TheTextNeedNotEndInANulCharacter)
 {
     const std::string text = "123456";
-    EXPECT_EQ(parsed(std::string_view{text}.substr(0, 3)), JValue{123});
-    EXPECT_EQ(parsed(std::string_view{"[1]]"}.substr(0, 3)).stringify(), "[1]");
-    EXPECT_EQ(parsed(std::string_view{"truely"}.substr(0, 4)), JValue{true});
+    EXPECT_EQ(json(std::string_view{text}.substr(0, 3)), JValue{123});
+    EXPECT_EQ(json(std::string_view{"[1]]"}.substr(0, 3)).stringify(), "[1]");
+    EXPECT_EQ(json(std::string_view{"truely"}.substr(0, 4)), JValue{true});
 }
 
 // --- Texts that are none
@@ -548,7 +535,7 @@ TEST(JDomParserDepth, IsThatOfBuiltValues)
         ASSERT_TRUE(outer.append(built)) << level;
         built = outer;
     }
-    EXPECT_EQ(parsed(nested(kMax, "[", "", "]")), built);
+    EXPECT_EQ(json(nested(kMax, "[", "", "]")), built);
 }
 
 TEST(JDomParserDepth, SiblingsDoNotAddUp)
@@ -556,14 +543,14 @@ TEST(JDomParserDepth, SiblingsDoNotAddUp)
     std::string text = "[0";
     for (int i = 0; i < 3 * kMax; ++i)
         text += R"(,[],{},{"a":[[]]})";
-    EXPECT_EQ(parsed(text + "]").size(), 3U * 3 * kMax + 1);
+    EXPECT_EQ(json(text + "]").size(), 3U * 3 * kMax + 1);
 }
 
 TEST(JDomParserDepth, BracketsInStringsAreNoContainers)
 {
     const std::string brackets(2 * kMax, '[');
-    EXPECT_EQ(parsed("[\"" + brackets + "\"]")[0].asString(), brackets);
-    EXPECT_TRUE(parsed("{\"" + std::string(2 * kMax, '{') + "\\\"[[[\":1}").isObject());
+    EXPECT_EQ(json("[\"" + brackets + "\"]")[0].asString(), brackets);
+    EXPECT_TRUE(json("{\"" + std::string(2 * kMax, '{') + "\\\"[[[\":1}").isObject());
     // A closing bracket in a string does not make room either.
     expectRefused(nested(kMax + 1, "[", R"("]")", "]"), "closing bracket in a string");
     expectRefused(nested(kMax, R"(["]]]]",)", "[]", "]"), "closing brackets on the way");
@@ -600,15 +587,15 @@ TEST(JDomParserKeys, ANulCharacterInAKeyIsRefused)
 
 TEST(JDomParserKeys, ANulCharacterInAValueIsKept)
 {
-    EXPECT_EQ(parsed(R"({"a":"x\u0000y"})")["a"].asString(), "x\0y"s);
-    EXPECT_EQ(parsed(R"({"a":"\u0000","b":1})").stringify(), R"({"a":"\u0000","b":1})");
-    EXPECT_EQ(parsed(R"(["\u0000" , "b"])")[0].asString(), "\0"s);
-    EXPECT_EQ(parsed(R"("\u0000")").asString(), "\0"s);
+    EXPECT_EQ(json(R"({"a":"x\u0000y"})")["a"].asString(), "x\0y"s);
+    EXPECT_EQ(json(R"({"a":"\u0000","b":1})").stringify(), R"({"a":"\u0000","b":1})");
+    EXPECT_EQ(json(R"(["\u0000" , "b"])")[0].asString(), "\0"s);
+    EXPECT_EQ(json(R"("\u0000")").asString(), "\0"s);
 }
 
 TEST(JDomParserKeys, AnEscapedBackslashBeforeU0000IsNoNul)
 {
-    const JValue value = parsed(R"({"\\u0000":1,"a\\\\u0000b":2})");
+    const JValue value = json(R"({"\\u0000":1,"a\\\\u0000b":2})");
     EXPECT_EQ(value[R"(\u0000)"], JValue{1});
     EXPECT_EQ(value[R"(a\\u0000b)"], JValue{2});
 }
@@ -616,7 +603,7 @@ TEST(JDomParserKeys, AnEscapedBackslashBeforeU0000IsNoNul)
 TEST(JDomParserKeys, EveryOtherCharacterIsAllowed)
 {
     const JValue value =
-        parsed(R"({"":1," ":2,"\u0001":3,"a\"b":4,"\u00e4":5,"\u0030":6,"\\u0001":7,"/":8})");
+        json(R"({"":1," ":2,"\u0001":3,"a\"b":4,"\u00e4":5,"\u0030":6,"\\u0001":7,"/":8})");
     EXPECT_EQ(value.size(), 8U);
     for (const char* key : {"", " ", "\x01", "a\"b", "ä", "0", R"(\u0001)", "/"})
         EXPECT_TRUE(value.hasKey(key)) << key;

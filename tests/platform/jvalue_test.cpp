@@ -15,12 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "jdomparser.h"
-
-/// Found by GoogleTest through the class: a failed comparison shows the text of both values.
-void PrintTo(const JValue& value, std::ostream* out)
-{
-    *out << (value.isValid() ? value.stringify() : "(invalid)");
-}
+#include "jsonvalues.h"
 
 namespace
 {
@@ -34,14 +29,6 @@ using Int32 = std::numeric_limits<std::int32_t>;
 using Int64 = std::numeric_limits<std::int64_t>;
 using Uint64 = std::numeric_limits<std::uint64_t>;
 using Double = std::numeric_limits<double>;
-
-JValue parsed(std::string_view text)
-{
-    JDomParser parser{JSchema::acceptAll()};
-    JValue value = parser.parse(text);
-    EXPECT_TRUE(value.isValid()) << text << ": " << parser.errorText();
-    return value;
-}
 
 /// Arrays one in another, `depth` of them, with `innermost` in the last one.
 JValue nestedArrays(int depth, const JValue& innermost = JValue::invalid())
@@ -179,31 +166,31 @@ std::vector<ConversionRow> conversionRows()
     std::vector<ConversionRow> rows = {
         // what                   value                            type            string    bool
         {"invalid",               JValue::invalid(),               Type::kInvalid, kNo,      kNo},
-        {"missing member",        parsed(R"({"a":1})")["b"],       Type::kInvalid, kNo,      kNo},
-        {"missing element",       parsed("[1]")[1],                Type::kInvalid, kNo,      kNo},
+        {"missing member",        json(R"({"a":1})")["b"],       Type::kInvalid, kNo,      kNo},
+        {"missing element",       json("[1]")[1],                Type::kInvalid, kNo,      kNo},
         {"default",               JValue{},                        Type::kNull,    kNo,      kNo},
-        {"null",                  parsed("null"),                  Type::kNull,    kNo,      kNo},
-        {"null member",           parsed(R"({"a":null})")["a"],    Type::kNull,    kNo,      kNo},
-        {"true",                  parsed("true"),                  Type::kBool,    kNo,      true},
-        {"false",                 parsed("false"),                 Type::kBool,    kNo,      false},
+        {"null",                  json("null"),                  Type::kNull,    kNo,      kNo},
+        {"null member",           json(R"({"a":null})")["a"],    Type::kNull,    kNo,      kNo},
+        {"true",                  json("true"),                  Type::kBool,    kNo,      true},
+        {"false",                 json("false"),                 Type::kBool,    kNo,      false},
         {"true, made",            JValue{true},                    Type::kBool,    kNo,      true},
         {"false, made",           JValue{false},                   Type::kBool,    kNo,      false},
-        {"string",                parsed(R"("text")"),             Type::kString,  "text",   kNo},
+        {"string",                json(R"("text")"),             Type::kString,  "text",   kNo},
         {"string, made",          JValue{"text"},                  Type::kString,  "text",   kNo},
         {"std::string, made",     JValue{"text"s},                 Type::kString,  "text",   kNo},
-        {"empty string",          parsed(R"("")"),                 Type::kString,  "",       kNo},
+        {"empty string",          json(R"("")"),                 Type::kString,  "",       kNo},
         {"empty string, made",    JValue{""},                      Type::kString,  "",       kNo},
         {"empty view, made",      JValue{std::string_view{}},      Type::kString,  "",       kNo},
-        {"string with NUL",       parsed(R"("a\u0000b")"),         Type::kString,  "a\0b"s,  kNo},
+        {"string with NUL",       json(R"("a\u0000b")"),         Type::kString,  "a\0b"s,  kNo},
         {"string with NUL, made", JValue{"a\0b"sv},                Type::kString,  "a\0b"s,  kNo},
         {"string of NUL, made",   JValue{"\0"sv},                  Type::kString,  "\0"s,    kNo},
-        {"number as string",      parsed(R"("42")"),               Type::kString,  "42",     kNo},
-        {"bool as string",        parsed(R"("true")"),             Type::kString,  "true",   kNo},
-        {"empty array",           parsed("[]"),                    Type::kArray,   kNo,      kNo},
-        {"array",                 parsed("[1]"),                   Type::kArray,   kNo,      kNo},
+        {"number as string",      json(R"("42")"),               Type::kString,  "42",     kNo},
+        {"bool as string",        json(R"("true")"),             Type::kString,  "true",   kNo},
+        {"empty array",           json("[]"),                    Type::kArray,   kNo,      kNo},
+        {"array",                 json("[1]"),                   Type::kArray,   kNo,      kNo},
         {"array, made",           JValue::array(),                 Type::kArray,   kNo,      kNo},
-        {"empty object",          parsed("{}"),                    Type::kObject,  kNo,      kNo},
-        {"object",                parsed(R"({"a":true})"),         Type::kObject,  kNo,      kNo},
+        {"empty object",          json("{}"),                    Type::kObject,  kNo,      kNo},
+        {"object",                json(R"({"a":true})"),         Type::kObject,  kNo,      kNo},
         {"object, made",          JValue::object(),                Type::kObject,  kNo,      kNo},
     };
     const MadeNumberRow madeRows[] = {
@@ -224,7 +211,7 @@ std::vector<ConversionRow> conversionRows()
     };
     // clang-format on
     for (const ParsedNumberRow& row : kParsedNumberRows)
-        rows.push_back({row.text, parsed(row.text), Type::kNumber, kNo, kNo, row.number});
+        rows.push_back({row.text, json(row.text), Type::kNumber, kNo, kNo, row.number});
     for (const MadeNumberRow& row : madeRows)
         rows.push_back({row.what, row.value, Type::kNumber, kNo, kNo, row.number});
     return rows;
@@ -303,7 +290,7 @@ TEST(JValueMaking, ADefaultValueIsNull)
     EXPECT_TRUE(value.isValid());
     EXPECT_TRUE(value.isNull());
     EXPECT_EQ(value.stringify(), "null");
-    EXPECT_EQ(value, parsed("null"));
+    EXPECT_EQ(value, json("null"));
 }
 
 TEST(JValueMaking, ANumberThatIsNotFiniteBecomesNull)
@@ -330,7 +317,7 @@ TEST(JValueMaking, TheTextIsCopied)
 
 TEST(JValueMembers, AKeyReachesItsMember)
 {
-    const JValue value = parsed(R"({"a":1,"":2,"a b":{"c":3},"ä":4})");
+    const JValue value = json(R"({"a":1,"":2,"a b":{"c":3},"ä":4})");
     EXPECT_EQ(value["a"], JValue{1});
     EXPECT_EQ(value[""], JValue{2});
     EXPECT_EQ(value["a b"s]["c"], JValue{3});
@@ -341,7 +328,7 @@ TEST(JValueMembers, AKeyReachesItsMember)
 
 TEST(JValueMembers, AMissingKeyIsInvalid)
 {
-    const JValue value = parsed(R"({"a":1,"":2,"ab":3})");
+    const JValue value = json(R"({"a":1,"":2,"ab":3})");
     for (const std::string& key : {"b"s, "A"s, "abc"s, " a"s, "a\0"s, "a\0b"s, "\0"s, "\0a"s}) {
         EXPECT_FALSE(value.hasKey(key)) << testing::PrintToString(key);
         EXPECT_FALSE(value[key].isValid()) << testing::PrintToString(key);
@@ -350,7 +337,7 @@ TEST(JValueMembers, AMissingKeyIsInvalid)
 
 TEST(JValueMembers, ANullMemberIsThereAndAMissingOneIsNot)
 {
-    const JValue value = parsed(R"({"a":null})");
+    const JValue value = json(R"({"a":null})");
     EXPECT_TRUE(value.hasKey("a"));
     EXPECT_TRUE(value["a"].isValid());
     EXPECT_TRUE(value["a"].isNull());
@@ -374,7 +361,7 @@ TEST(JValueMembers, OnlyAnObjectHasKeys)
 
 TEST(JValueMembers, StandInTheOrderOfTheirInsertion)
 {
-    JValue value = parsed(R"({"z":1,"a":2,"m":3})");
+    JValue value = json(R"({"z":1,"a":2,"m":3})");
     EXPECT_TRUE(value.put("b", 4));
     EXPECT_EQ(value.size(), 4U);
     EXPECT_THAT(value.members(), ElementsAre(JValue::Member{"z", 1}, JValue::Member{"a", 2},
@@ -395,7 +382,7 @@ TEST(JValueMembers, KeepTheirOrderWhenThereAreMany)
 
 TEST(JValueMembers, AreASnapshot)
 {
-    JValue value = parsed(R"({"a":1,"b":2,"c":3})");
+    JValue value = json(R"({"a":1,"b":2,"c":3})");
     const std::vector<JValue::Member> before = value.members();
     std::vector<std::string> walked;
     for (const JValue::Member& member : before) {
@@ -411,7 +398,7 @@ TEST(JValueMembers, AreASnapshot)
 
 TEST(JValueElements, AnIndexReachesItsElement)
 {
-    const JValue value = parsed(R"([1,null,"x",[2]])");
+    const JValue value = json(R"([1,null,"x",[2]])");
     EXPECT_EQ(value.size(), 4U);
     EXPECT_EQ(value[0], JValue{1});
     EXPECT_TRUE(value[1U].isNull());
@@ -421,7 +408,7 @@ TEST(JValueElements, AnIndexReachesItsElement)
 
 TEST(JValueElements, AnIndexOutsideIsInvalid)
 {
-    const JValue value = parsed("[1,2,3]");
+    const JValue value = json("[1,2,3]");
     EXPECT_FALSE(value[3].isValid());
     EXPECT_FALSE(value[4].isValid());
     EXPECT_FALSE(value[-1].isValid());
@@ -447,7 +434,7 @@ TEST(JValueElements, OnlyAnArrayHasThem)
 
 TEST(JValueElements, AreASnapshot)
 {
-    JValue value = parsed("[1,2,3]");
+    JValue value = json("[1,2,3]");
     const std::vector<JValue> before = value.elements();
     for (const JValue& element : before) {
         EXPECT_TRUE(value.remove(0));
@@ -469,7 +456,7 @@ TEST(JValueSize, CountsMembersAndElementsAndIsZeroOtherwise)
         {"\"abc\"", 0}, {"7", 0},          {"null", 0},
     };
     for (const SizeRow& row : kRows)
-        EXPECT_EQ(parsed(row.text).size(), row.size) << row.text;
+        EXPECT_EQ(json(row.text).size(), row.size) << row.text;
     EXPECT_EQ(JValue::invalid().size(), 0U);
 }
 
@@ -488,7 +475,7 @@ TEST(JValuePut, AddsAtTheEndAndReplacesInPlace)
 
 TEST(JValuePut, ARemovedKeyComesBackAtTheEnd)
 {
-    JValue value = parsed(R"({"a":1,"b":2})");
+    JValue value = json(R"({"a":1,"b":2})");
     EXPECT_TRUE(value.remove("a"));
     EXPECT_TRUE(value.put("a", 3));
     EXPECT_EQ(value.stringify(), R"({"b":2,"a":3})");
@@ -507,7 +494,7 @@ TEST(JValuePut, IsForObjectsOnly)
 
 TEST(JValuePut, RefusesAnInvalidValue)
 {
-    JValue value = parsed(R"({"a":1})");
+    JValue value = json(R"({"a":1})");
     EXPECT_FALSE(value.put("a", JValue::invalid()));
     EXPECT_FALSE(value.put("b", JValue::invalid()));
     EXPECT_FALSE(value.put("b", value["missing"]));
@@ -516,7 +503,7 @@ TEST(JValuePut, RefusesAnInvalidValue)
 
 TEST(JValuePut, RefusesAKeyWithANulCharacter)
 {
-    JValue value = parsed(R"({"a":1})");
+    JValue value = json(R"({"a":1})");
     for (const std::string& key : {"\0"s, "a\0"s, "a\0b"s, "\0a"s, "b\0"s})
         EXPECT_FALSE(value.put(key, 2)) << testing::PrintToString(key);
     EXPECT_EQ(value.stringify(), R"({"a":1})");
@@ -545,7 +532,7 @@ TEST(JValueAppend, IsForArraysOnly)
 
 TEST(JValueAppend, RefusesAnInvalidValue)
 {
-    JValue value = parsed("[1]");
+    JValue value = json("[1]");
     EXPECT_FALSE(value.append(JValue::invalid()));
     EXPECT_FALSE(value.append(value[7]));
     EXPECT_EQ(value.stringify(), "[1]");
@@ -553,7 +540,7 @@ TEST(JValueAppend, RefusesAnInvalidValue)
 
 TEST(JValueRemove, TakesOutAMemberOnce)
 {
-    JValue value = parsed(R"({"a":1,"b":null,"c":3})");
+    JValue value = json(R"({"a":1,"b":null,"c":3})");
     EXPECT_TRUE(value.remove("b"));
     EXPECT_EQ(value.stringify(), R"({"a":1,"c":3})");
     EXPECT_FALSE(value.hasKey("b"));
@@ -565,7 +552,7 @@ TEST(JValueRemove, TakesOutAMemberOnce)
 
 TEST(JValueRemove, TakesOutAnElementAndClosesTheGap)
 {
-    JValue value = parsed("[10,20,30,40]");
+    JValue value = json("[10,20,30,40]");
     EXPECT_TRUE(value.remove(1));
     EXPECT_THAT(numbersOf(value), ElementsAre(10, 30, 40));
     EXPECT_TRUE(value.remove(2));
@@ -578,13 +565,13 @@ TEST(JValueRemove, TakesOutAnElementAndClosesTheGap)
 
 TEST(JValueRemove, IsFalseWhenThereIsNothingToRemove)
 {
-    JValue object = parsed(R"({"a":1})");
+    JValue object = json(R"({"a":1})");
     for (const std::string& key : {"b"s, ""s, "a\0"s, "a\0b"s})
         EXPECT_FALSE(object.remove(key)) << testing::PrintToString(key);
     EXPECT_FALSE(object.remove(0));
     EXPECT_EQ(object.stringify(), R"({"a":1})");
 
-    JValue array = parsed("[1]");
+    JValue array = json("[1]");
     EXPECT_FALSE(array.remove(1));
     EXPECT_FALSE(array.remove(std::numeric_limits<std::size_t>::max()));
     EXPECT_FALSE(array.remove("0"));
@@ -602,7 +589,7 @@ TEST(JValueRemove, IsFalseWhenThereIsNothingToRemove)
 
 TEST(JValueSharing, CopiesShareOneDocument)
 {
-    JValue first = parsed(R"({"a":1})");
+    JValue first = json(R"({"a":1})");
     JValue second = first;
     JValue third;
     third = second;
@@ -615,7 +602,7 @@ TEST(JValueSharing, CopiesShareOneDocument)
 
 TEST(JValueSharing, AssigningAHandleLeavesTheDocumentAlone)
 {
-    JValue first = parsed(R"({"a":1})");
+    JValue first = json(R"({"a":1})");
     JValue second = first;
     second = JValue{"other"};
     EXPECT_EQ(first.stringify(), R"({"a":1})");
@@ -626,7 +613,7 @@ TEST(JValueSharing, AssigningAHandleLeavesTheDocumentAlone)
 
 TEST(JValueSharing, ADeepCopySharesNothing)
 {
-    JValue original = parsed(R"({"a":{"b":[1,null]},"text":"x\u0000y","number":1.10})");
+    JValue original = json(R"({"a":{"b":[1,null]},"text":"x\u0000y","number":1.10})");
     JValue copy = original.deepCopy();
     EXPECT_EQ(copy, original);
     EXPECT_EQ(copy.stringify(), original.stringify());
@@ -656,7 +643,7 @@ TEST(JValueSharing, ADeepCopyKeepsEveryTypeInvalidIncluded)
 
 TEST(JValueSharing, AMemberStaysConnectedAfterItsParentHandleIsGone)
 {
-    JValue root = parsed(R"({"a":{"b":{"c":1}}})");
+    JValue root = json(R"({"a":{"b":{"c":1}}})");
     JValue inner;
     {
         const JValue parent = root["a"];
@@ -670,7 +657,7 @@ TEST(JValueSharing, AMemberStaysConnectedAfterItsParentHandleIsGone)
 
 TEST(JValueSharing, AnElementStaysConnectedAfterItsParentHandleIsGone)
 {
-    JValue root = parsed("[[[1]]]");
+    JValue root = json("[[[1]]]");
     JValue inner;
     {
         const JValue parent = root[0];
@@ -682,7 +669,7 @@ TEST(JValueSharing, AnElementStaysConnectedAfterItsParentHandleIsGone)
 
 TEST(JValueSharing, SnapshotsHoldConnectedValues)
 {
-    JValue root = parsed(R"({"a":{"x":1},"b":[]})");
+    JValue root = json(R"({"a":{"x":1},"b":[]})");
     std::vector<JValue::Member> members = root.members();
     EXPECT_TRUE(members.at(0).second.put("y", 2));
     EXPECT_TRUE(members.at(1).second.append(JValue::array()));
@@ -693,7 +680,7 @@ TEST(JValueSharing, SnapshotsHoldConnectedValues)
 
 TEST(JValueSharing, AValueOutlivesTheRestOfItsDocument)
 {
-    JValue inner = parsed(R"({"a":{"b":[1,2]}})")["a"]["b"];
+    JValue inner = json(R"({"a":{"b":[1,2]}})")["a"]["b"];
     EXPECT_EQ(inner.stringify(), "[1,2]");
     EXPECT_TRUE(inner.append(3));
     EXPECT_EQ(inner.stringify(), "[1,2,3]");
@@ -701,7 +688,7 @@ TEST(JValueSharing, AValueOutlivesTheRestOfItsDocument)
 
 TEST(JValueSharing, AValueOutlivesItsRemovalAndItsReplacement)
 {
-    JValue root = parsed(R"({"a":{"x":1},"b":{"y":2},"c":[[3]]})");
+    JValue root = json(R"({"a":{"x":1},"b":{"y":2},"c":[[3]]})");
     JValue removed = root["a"];
     JValue replaced = root["b"];
     JValue element = root["c"][0];
@@ -719,7 +706,7 @@ TEST(JValueSharing, AValueOutlivesItsRemovalAndItsReplacement)
 
 TEST(JValueSharing, PutAndAppendStoreADeepCopy)
 {
-    JValue member = parsed(R"({"x":[1]})");
+    JValue member = json(R"({"x":[1]})");
     JValue object = JValue::object();
     JValue array = JValue::array();
     EXPECT_TRUE(object.put("a", member));
@@ -736,20 +723,20 @@ TEST(JValueSharing, PutAndAppendStoreADeepCopy)
 
 TEST(JValueSharing, AContainerPutIntoItselfIsCopiedAsItWas)
 {
-    JValue object = parsed(R"({"a":1})");
+    JValue object = json(R"({"a":1})");
     EXPECT_TRUE(object.put("self", object));
     EXPECT_EQ(object.stringify(), R"({"a":1,"self":{"a":1}})");
     EXPECT_TRUE(object["self"].put("root", object));
     EXPECT_EQ(object.stringify(), R"({"a":1,"self":{"a":1,"root":{"a":1,"self":{"a":1}}}})");
 
-    JValue array = parsed("[1]");
+    JValue array = json("[1]");
     EXPECT_TRUE(array.append(array));
     EXPECT_EQ(array.stringify(), "[1,[1]]");
 }
 
 TEST(JValueSharing, AMemberCanBeReplacedByAPartOfItself)
 {
-    JValue object = parsed(R"({"a":{"b":{"c":1}}})");
+    JValue object = json(R"({"a":{"b":{"c":1}}})");
     EXPECT_TRUE(object.put("a", object["a"]["b"]));
     EXPECT_EQ(object.stringify(), R"({"a":{"c":1}})");
     EXPECT_TRUE(object.put("a", object["a"]));
@@ -758,7 +745,7 @@ TEST(JValueSharing, AMemberCanBeReplacedByAPartOfItself)
 
 TEST(JValueSharing, AMovedFromHandleIsUsable)
 {
-    JValue source = parsed(R"({"a":1})");
+    JValue source = json(R"({"a":1})");
     JValue target = std::move(source);
     EXPECT_FALSE(source.put("b", 2));
     EXPECT_FALSE(source.hasKey("a"));
@@ -768,7 +755,7 @@ TEST(JValueSharing, AMovedFromHandleIsUsable)
     EXPECT_EQ(source.deepCopy().stringify(), source.stringify());
     EXPECT_EQ(target.stringify(), R"({"a":1})");
 
-    source = parsed("[1]");
+    source = json("[1]");
     EXPECT_TRUE(source.append(2));
     EXPECT_EQ(source.stringify(), "[1,2]");
 
@@ -786,7 +773,7 @@ TEST(JValueSharing, AssigningCarriesValidityOver)
     EXPECT_FALSE(value.isNull());
     value = JValue{};
     EXPECT_TRUE(value.isNull());
-    value = parsed("[1]")[7];
+    value = json("[1]")[7];
     EXPECT_FALSE(value.isValid());
     value = JValue{2};
     EXPECT_EQ(value, JValue{2});
@@ -810,7 +797,7 @@ TEST(JValueDepth, TheLimitIs64Containers)
 
 TEST(JValueDepth, AppendAcceptsTheLimitAndRefusesOneMore)
 {
-    JValue value = parsed("[1]");
+    JValue value = json("[1]");
     EXPECT_FALSE(value.append(nestedArrays(kMax)));
     EXPECT_EQ(value.stringify(), "[1]");
     EXPECT_FALSE(value.append(nestedObjects(kMax)));
@@ -822,7 +809,7 @@ TEST(JValueDepth, AppendAcceptsTheLimitAndRefusesOneMore)
 
 TEST(JValueDepth, PutAcceptsTheLimitAndRefusesOneMore)
 {
-    JValue value = parsed(R"({"a":1})");
+    JValue value = json(R"({"a":1})");
     EXPECT_FALSE(value.put("a", nestedObjects(kMax)));
     EXPECT_FALSE(value.put("b", nestedObjects(kMax)));
     EXPECT_FALSE(value.put("b", nestedArrays(kMax)));
@@ -845,9 +832,9 @@ TEST(JValueDepth, ABuiltDocumentOfTheLimitParsesAgain)
 {
     const std::string arrays = nestedArrays(kMax, 1).stringify();
     EXPECT_EQ(arrays, std::string(kMax, '[') + "1" + std::string(kMax, ']'));
-    EXPECT_EQ(parsed(arrays).stringify(), arrays);
+    EXPECT_EQ(json(arrays).stringify(), arrays);
     const JValue objects = nestedObjects(kMax);
-    EXPECT_EQ(parsed(objects.stringify()), objects);
+    EXPECT_EQ(json(objects.stringify()), objects);
     EXPECT_EQ(objects.deepCopy(), objects);
 }
 
@@ -895,7 +882,7 @@ TEST(JValueDepth, CountsFromTheRootAlsoThroughSnapshots)
 
 TEST(JValueDepth, CountsFromTheRootOfAParsedDocument)
 {
-    const JValue root = parsed(std::string(kMax, '[') + std::string(kMax, ']'));
+    const JValue root = json(std::string(kMax, '[') + std::string(kMax, ']'));
     JValue innermost = arrayAtLevel(root, kMax);
     EXPECT_FALSE(innermost.append(JValue::object()));
     EXPECT_TRUE(innermost.append(1));
@@ -963,7 +950,7 @@ TEST(JValueDepth, AContainerPutIntoItselfStopsAtTheLimit)
     while (accepted < 2 * kMax && object.put("self", object))
         ++accepted;
     EXPECT_EQ(accepted, kMax - 1) << "each put adds one level to the one at the start";
-    EXPECT_EQ(object, parsed(object.stringify()));
+    EXPECT_EQ(object, json(object.stringify()));
 }
 
 // --- Text
@@ -985,21 +972,21 @@ TEST(JValueText, IsCompactAndUnescapedWherePossible)
         {"int",             JValue{-42},                            "-42"},
         {"smallest",        JValue{Int64::min()},                   "-9223372036854775808"},
         {"largest",         JValue{Uint64::max()},                  "18446744073709551615"},
-        {"cut when parsed", parsed("18446744073709551616"),         "18446744073709551615"},
-        {"cut below",       parsed("-9223372036854775809"),         "-9223372036854775808"},
+        {"cut when parsed", json("18446744073709551616"),         "18446744073709551615"},
+        {"cut below",       json("-9223372036854775809"),         "-9223372036854775808"},
         {"string",          JValue{"text"},                         R"("text")"},
         {"empty string",    JValue{""},                             R"("")"},
         {"slash",           JValue{"/usr/bin"},                     R"("/usr/bin")"},
-        {"escaped slash",   parsed(R"("\/")"),                      R"("/")"},
+        {"escaped slash",   json(R"("\/")"),                      R"("/")"},
         {"quote",           JValue{R"(say "no")"},                  R"("say \"no\"")"},
         {"backslash",       JValue{R"(a\b)"},                       R"("a\\b")"},
         {"UTF-8",           JValue{"Lautstärke € 😀"},              R"("Lautstärke € 😀")"},
-        {"escaped UTF-8",   parsed(R"("\u20ac \ud83d\ude00")"),     R"("€ 😀")"},
+        {"escaped UTF-8",   json(R"("\u20ac \ud83d\ude00")"),     R"("€ 😀")"},
         {"empty array",     JValue::array(),                        "[]"},
         {"empty object",    JValue::object(),                       "{}"},
-        {"no blanks",       parsed("\t{ \"a\" : [ 1 , 2 ] }\r\n"),  R"({"a":[1,2]})"},
-        {"insertion order", parsed(R"({"z":1,"a":2,"m":3})"),       R"({"z":1,"a":2,"m":3})"},
-        {"keys as strings", parsed(R"({"/\"\\ä":1})"),              R"({"/\"\\ä":1})"},
+        {"no blanks",       json("\t{ \"a\" : [ 1 , 2 ] }\r\n"),  R"({"a":[1,2]})"},
+        {"insertion order", json(R"({"z":1,"a":2,"m":3})"),       R"({"z":1,"a":2,"m":3})"},
+        {"keys as strings", json(R"({"/\"\\ä":1})"),              R"({"/\"\\ä":1})"},
         {"invalid",         JValue::invalid(),                      "null"},
     };
     // clang-format on
@@ -1031,7 +1018,7 @@ TEST(JValueText, ADoubleReadsBackAsTheSameNumber)
     for (const double number :
          {0.0, 1.0, -1.0, 1.0 / 3.0, 1e22, 1e23, -1e-7, 123456789.125, Double::max(),
           Double::lowest(), Double::min(), Double::denorm_min()}) {
-        const JValue back = parsed(JValue{number}.stringify());
+        const JValue back = json(JValue{number}.stringify());
         EXPECT_TRUE(back.isNumber()) << number;
         EXPECT_EQ(back.asNumber<double>(), number);
     }
@@ -1048,12 +1035,12 @@ TEST(JValueText, ControlCharactersAreEscapedInStringsAndKeys)
     EXPECT_TRUE(object.put(text.substr(1), 1)); // a key holds no NUL
     EXPECT_TRUE(value.append(object));
 
-    const std::string json = value.stringify();
-    for (const char c : json)
-        EXPECT_GE(static_cast<unsigned char>(c), 0x20) << json;
-    EXPECT_EQ(parsed(json), value);
-    EXPECT_EQ(parsed(json)[0].asString(), text);
-    EXPECT_THAT(keysOf(parsed(json)[1]), ElementsAre(text.substr(1)));
+    const std::string printed = value.stringify();
+    for (const char c : printed)
+        EXPECT_GE(static_cast<unsigned char>(c), 0x20) << printed;
+    EXPECT_EQ(json(printed), value);
+    EXPECT_EQ(json(printed)[0].asString(), text);
+    EXPECT_THAT(keysOf(json(printed)[1]), ElementsAre(text.substr(1)));
 }
 
 TEST(JValueText, ANulCharacterIsEscaped)
@@ -1063,7 +1050,7 @@ TEST(JValueText, ANulCharacterIsEscaped)
 
 TEST(JValueText, FollowsEveryChange)
 {
-    JValue value = parsed(R"({"a":{"b":1}})");
+    JValue value = json(R"({"a":{"b":1}})");
     EXPECT_EQ(value.stringify(), R"({"a":{"b":1}})");
     EXPECT_TRUE(value["a"].put("b", 2));
     EXPECT_EQ(value.stringify(), R"({"a":{"b":2}})");
@@ -1129,8 +1116,8 @@ constexpr EqualityRow kEqualityRows[] = {
 TEST(JValueEquality, IsThatOfTypeAndContentInBothDirections)
 {
     for (const EqualityRow& row : kEqualityRows) {
-        const JValue left = parsed(row.left);
-        const JValue right = parsed(row.right);
+        const JValue left = json(row.left);
+        const JValue right = json(row.right);
         EXPECT_EQ(left == right, row.equal) << row.left << " / " << row.right;
         EXPECT_EQ(right == left, row.equal) << row.right << " / " << row.left;
         EXPECT_EQ(left != right, !row.equal) << row.left << " / " << row.right;
@@ -1139,17 +1126,17 @@ TEST(JValueEquality, IsThatOfTypeAndContentInBothDirections)
 
 TEST(JValueEquality, MadeAndParsedValuesAreEqual)
 {
-    EXPECT_EQ(JValue{1}, parsed("1"));
-    EXPECT_EQ(JValue{1U}, parsed("1")) << "whether the integer was signed does not matter";
+    EXPECT_EQ(JValue{1}, json("1"));
+    EXPECT_EQ(JValue{1U}, json("1")) << "whether the integer was signed does not matter";
     EXPECT_EQ(JValue{1U}, JValue{1});
-    EXPECT_EQ(JValue{Uint64::max()}, parsed("18446744073709551615"));
-    EXPECT_EQ(JValue{1.0}, parsed("1.0"));
+    EXPECT_EQ(JValue{Uint64::max()}, json("18446744073709551615"));
+    EXPECT_EQ(JValue{1.0}, json("1.0"));
     EXPECT_NE(JValue{1.0}, JValue{1});
-    EXPECT_EQ(JValue{"a\0b"sv}, parsed(R"("a\u0000b")"));
+    EXPECT_EQ(JValue{"a\0b"sv}, json(R"("a\u0000b")"));
     JValue object = JValue::object();
     EXPECT_TRUE(object.put("b", JValue{}));
     EXPECT_TRUE(object.put("a", 0.5));
-    EXPECT_EQ(object, parsed(R"({"a":0.5,"b":null})"));
+    EXPECT_EQ(object, json(R"({"a":0.5,"b":null})"));
 }
 
 TEST(JValueEquality, InvalidEqualsOnlyInvalid)

@@ -13,17 +13,15 @@
 #include <type_traits>
 #include <vector>
 
-#include "jdomparser.h"
 #include "keptvparser.h"
-#include "platformlog.h"
 #include "televisiontest.h"
 
 /// One middleware call of an operation, with what is logged around it.
 struct Step {
-    std::vector<LogLine> before = {};
+    Lines before = {};
     std::string call; // "gain.setInputVolume(2, 40)"
-    std::vector<LogLine> onSuccess = {};
-    std::vector<LogLine> onFailure = {};
+    Lines onSuccess = {};
+    Lines onFailure = {};
 };
 
 enum class AfterFailure { GoesOn, Stops };
@@ -55,54 +53,8 @@ struct Operation {
     Action act;
     std::vector<Step> steps;
     AfterFailure afterFailure = AfterFailure::GoesOn;
-    std::vector<LogLine> lastWhenFailed = {}; // logged once, when any step has failed
+    Lines lastWhenFailed = {}; // logged once, when any step has failed
 };
-
-/// Log lines of one adapter.
-struct AdapterLog {
-    const char* file;
-    const char* errorId;
-
-    [[nodiscard]] LogLine info(const std::string& function, const std::string& text) const
-    {
-        return {kLogInfo, "INFO_LOG", origin(function), text};
-    }
-    [[nodiscard]] LogLine debug(const std::string& function, const std::string& text) const
-    {
-        return {kLogDebug, "", origin(function), text};
-    }
-    [[nodiscard]] LogLine error(const std::string& function, const std::string& text) const
-    {
-        return {kLogError, errorId, origin(function), text};
-    }
-    /// An error that is not the middleware's.
-    [[nodiscard]] LogLine refusal(const std::string& id, const std::string& function,
-                                  const std::string& text) const
-    {
-        return {kLogError, id, origin(function), text};
-    }
-
-private:
-    [[nodiscard]] std::string origin(const std::string& function) const
-    {
-        return std::string{file} + ":" + function;
-    }
-};
-
-/// The value of a JSON text, which has to be one.
-inline JValue json(const std::string& text)
-{
-    JDomParser parser{JSchema::acceptAll()};
-    const JValue value = parser.parse(text);
-    EXPECT_TRUE(value.isValid()) << text << ": " << parser.errorText();
-    return value;
-}
-
-/// {"key": value} for the text of a JSON value.
-inline std::string member(const std::string& key, const std::string& value)
-{
-    return R"({")" + key + R"(":)" + value + "}";
-}
 
 /// How a number of a request reaches the middleware.
 struct NumberConversion {
@@ -127,7 +79,7 @@ inline constexpr NumberConversion kNumberConversions[] = {
 };
 
 /// Payloads without any key, and `more` given as JSON.
-inline std::vector<JValue> payloadsWithoutKeys(const std::vector<std::string>& more = {})
+inline std::vector<JValue> payloadsWithoutKeys(const Texts& more = {})
 {
     std::vector<JValue> payloads = {JValue::object(), JValue::array(), JValue{"on"},     JValue{5},
                                     JValue{true},     JValue{},        JValue::invalid()};
@@ -179,8 +131,8 @@ protected:
     }
 
     /// Runs `act` and compares all that it leaves in the journal and in the log.
-    void expectTrace(const std::string& what, const Action& act,
-                     const std::vector<std::string>& calls, const std::vector<LogLine>& lines)
+    void expectTrace(const std::string& what, const Action& act, const Texts& calls,
+                     const Lines& lines)
     {
         forget();
         static_cast<void>(act());
@@ -199,9 +151,9 @@ private:
     void expectOutcome(const Operation& operation, const std::set<std::string>& failing)
     {
         std::string what = operation.what;
-        std::vector<std::string> calls;
-        std::vector<LogLine> lines;
-        const auto expectLines = [&lines](const std::vector<LogLine>& more) {
+        Texts calls;
+        Lines lines;
+        const auto expectLines = [&lines](const Lines& more) {
             std::copy_if(more.begin(), more.end(), std::back_inserter(lines), admitted);
         };
         bool failed = false;

@@ -116,9 +116,9 @@ void TelevisionTest::clearInjections()
     virtualtv::clearInjections();
 }
 
-std::vector<LogLine> TelevisionTest::logLines(int level) const
+Lines TelevisionTest::logLines(int level) const
 {
-    std::vector<LogLine> lines;
+    Lines lines;
     std::copy_if(mLogLines.begin(), mLogLines.end(), std::back_inserter(lines),
                  [level](const LogLine& line) { return line.level == level; });
     return lines;
@@ -139,9 +139,9 @@ std::vector<ControlEvent> TelevisionTest::controlEvents() const
     return found;
 }
 
-std::vector<std::string> TelevisionTest::middlewareCalls() const
+Texts TelevisionTest::middlewareCalls() const
 {
-    std::vector<std::string> calls;
+    Texts calls;
     for (const JValue& event : mEvents) {
         if (event["event"].asString() != "middleware")
             continue;

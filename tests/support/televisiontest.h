@@ -10,18 +10,8 @@
 
 #include <gtest/gtest.h>
 
-#include "jvalue.h"
-
-/// A log message without its line number.
-struct LogLine {
-    int level;
-    std::string id;
-    std::string origin; // "file:function"
-    std::string text;   // after the prefix
-
-    bool operator==(const LogLine&) const = default;
-};
-std::ostream& operator<<(std::ostream& stream, const LogLine& line);
+#include "jsonvalues.h"
+#include "loglines.h"
 
 /// A write of a control element, or a stage of one that an injection made fail.
 struct ControlEvent {
@@ -59,18 +49,18 @@ protected:
     // --- Looking
 
     /// All log lines since the last `forget`.
-    [[nodiscard]] const std::vector<LogLine>& logLines() const { return mLogLines; }
-    [[nodiscard]] std::vector<LogLine> logLines(int level) const;
+    [[nodiscard]] const Lines& logLines() const { return mLogLines; }
+    [[nodiscard]] Lines logLines(int level) const;
     /// All events of the virtual television since the last `forget`.
     [[nodiscard]] const std::vector<JValue>& events() const { return mEvents; }
     [[nodiscard]] std::vector<ControlEvent> controlEvents() const;
     /// The middleware calls as "library.operation(arguments)", with " -> status" when that is not
     /// 0.
-    [[nodiscard]] std::vector<std::string> middlewareCalls() const;
+    [[nodiscard]] Texts middlewareCalls() const;
     void forget();
 
 private:
     std::filesystem::path mDirectory;
-    std::vector<LogLine> mLogLines;
+    Lines mLogLines;
     std::vector<JValue> mEvents;
 };

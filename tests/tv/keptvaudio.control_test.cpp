@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The door to the driver, on a virtual card. Closing a card never fails there, so the linker puts a
 // function of ours in front of libasound's.
-#include "keptvaudio.h"
 
 #include <cerrno>
 #include <climits>
@@ -19,8 +18,7 @@
 #include <gmock/gmock.h>
 
 #include "journal.h"
-#include "platformlog.h"
-#include "televisiontest.h"
+#include "tvbackendtest.h"
 
 namespace
 {
@@ -52,15 +50,11 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAreArray;
 
-struct TestedBackend : kepTVAudio {
-    using kepTVAudio::write;
-};
-
 /// Whether writing these values to an element of that many integers compiles.
 template <std::size_t Count, std::int32_t... Values>
 concept Writable = requires(const ControlElement<Count>& element)
 {
-    TestedBackend::write(element, {Values...});
+    OpenBackend::write(element, {Values...});
 };
 
 static_assert(Writable<1, 7>);
@@ -235,9 +229,9 @@ TEST_F(KepTVAudioControl, EveryElementTakesItsValuesInTheirOrder)
 
 TEST_F(KepTVAudioControl, AnElementIsWrittenWithItsNumberOfIntegers)
 {
-    EXPECT_TRUE(TestedBackend::write(kSndoutClose, {64}));
-    EXPECT_TRUE(TestedBackend::write(kMuteInput, {16, 7, 1}));
-    EXPECT_TRUE(TestedBackend::write(kSndoutEarcOutputType, {2, 11, 0, 0, 1}));
+    EXPECT_TRUE(OpenBackend::write(kSndoutClose, {64}));
+    EXPECT_TRUE(OpenBackend::write(kMuteInput, {16, 7, 1}));
+    EXPECT_TRUE(OpenBackend::write(kSndoutEarcOutputType, {2, 11, 0, 0, 1}));
     EXPECT_THAT(controlEvents(),
                 ElementsAre(ControlEvent{"hw:0", "Sndout Close", {64}},
                             ControlEvent{"hw:0", "Mute Input", {16, 7, 1}},
@@ -247,8 +241,8 @@ TEST_F(KepTVAudioControl, AnElementIsWrittenWithItsNumberOfIntegers)
 TEST_F(KepTVAudioControl, AnElementThatCannotBeWrittenAnswersFalse)
 {
     injectCard("write", -EIO, "Sndout Close");
-    EXPECT_FALSE(TestedBackend::write(kSndoutClose, {64}));
-    EXPECT_TRUE(TestedBackend::write(kSndoutOpen, {64}));
+    EXPECT_FALSE(OpenBackend::write(kSndoutClose, {64}));
+    EXPECT_TRUE(OpenBackend::write(kSndoutOpen, {64}));
 }
 
 // --- Success

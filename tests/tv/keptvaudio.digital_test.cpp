@@ -19,24 +19,9 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<LogLine>;
-
 constexpr const char* kFile = "keptvaudio:";
 constexpr const char* kCountry = "tv.hw.countryType";
 constexpr const char* kBroadcastSystem = "tv.zib.tvBroadcastSystem";
-
-constexpr KEP_AUDIO_SNDOUT_T kAllOutputs[] = {
-    KEP_AUDIO_NO_OUTPUT,     KEP_AUDIO_SPK,         KEP_AUDIO_SPDIF, KEP_AUDIO_HP,
-    KEP_AUDIO_ALSA,          KEP_AUDIO_SPK_SPDIF,   KEP_AUDIO_ARC,   KEP_AUDIO_SPK_HP,
-    KEP_AUDIO_QN_SOUND_SYNC, KEP_AUDIO_BT_SOUNDBAR, KEP_AUDIO_WISA,  KEP_AUDIO_SPK_OPTICAL_ARC,
-    KEP_AUDIO_SPK_BLUETOOTH, KEP_AUDIO_BLUETOOTH,
-};
-
-std::string flag(bool value)
-{
-    return value ? "1" : "0";
-}
 
 LogLine said(const std::string& function, const std::string& text)
 {
@@ -53,49 +38,19 @@ LogLine notSet(const std::string& function, const std::string& text)
     return error("CONTROL_ELEMENT_SET_ERROR", kFile + function, text);
 }
 
-JValue arrayOf(const Texts& texts)
-{
-    JValue array = JValue::array();
-    for (const std::string& text : texts)
-        array.append(text);
-    return array;
-}
-
 /// What only other rooms of the backend write.
-struct Inside : kepTVAudio {
-    using kepTVAudio::mArcProfile;
-    using kepTVAudio::mEarcCapability;
-    using kepTVAudio::mForcedDDPlus;
-    using kepTVAudio::mMixerFlag;
-    using kepTVAudio::mSupportBnoModel;
-};
-
 class DigitalTest : public TvBackendTest
 {
 protected:
-    DigitalTest()
-    {
-        quality().clear();
-        pipeline().clear();
-    }
-    ~DigitalTest() override
-    {
-        quality().clear();
-        pipeline().clear();
-    }
-
-    static kepTvParser::Map& quality() { return kepTvParser::getInstance()->mQualityParamsMap; }
-    static kepTvParser::Map& pipeline() { return kepTvParser::getInstance()->mAvParamsMap; }
+    static kepTvParser::Map& quality() { return store().mQualityParamsMap; }
+    static kepTvParser::Map& pipeline() { return store().mAvParamsMap; }
 
     static void setCountry(bool japan) { quality()[kCountry] = japan ? "JP" : "US"; }
-    [[nodiscard]] bool& mixes() { return mBackend.*&Inside::mMixerFlag; }
-    [[nodiscard]] bool& forces() { return mBackend.*&Inside::mForcedDDPlus; }
-    [[nodiscard]] bool& isBnoModel() { return mBackend.*&Inside::mSupportBnoModel; }
-    [[nodiscard]] std::string& arcProfile() { return mBackend.*&Inside::mArcProfile; }
-    void setCapabilities(const Texts& codecs)
-    {
-        mBackend.*& Inside::mEarcCapability = arrayOf(codecs);
-    }
+    [[nodiscard]] bool& mixes() { return mBackend.mMixerFlag; }
+    [[nodiscard]] bool& forces() { return mBackend.mForcedDDPlus; }
+    [[nodiscard]] bool& isBnoModel() { return mBackend.mSupportBnoModel; }
+    [[nodiscard]] std::string& arcProfile() { return mBackend.mArcProfile; }
+    void setCapabilities(const Texts& codecs) { mBackend.mEarcCapability = arrayOf(codecs); }
 
     /// The current output, with the user's digital mode.
     void select(KEP_AUDIO_SNDOUT_T output, const std::string& mode)
@@ -126,12 +81,6 @@ Lines earcLines(int type, int mix, bool refused = false)
         lines.push_back(
             notSet("setEArcOutputType", "Did not able to set the element: Sndout EARC Outputtype"));
     }
-    return lines;
-}
-
-Lines operator+(Lines lines, const Lines& more)
-{
-    lines.insert(lines.end(), more.begin(), more.end());
     return lines;
 }
 

@@ -54,35 +54,15 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<LogLine>;
-
 constexpr int kBroken = 5; // any status but 0
 constexpr const char* kFile = "keptvaudio:";
 
 const GSourceFunc kResumeCallback = &kepTVAudio::_resetHeadphoneUnmuteTimerCallback;
 const GSourceFunc kColdStartCallback = &kepTVAudio::_headphoneUnmuteAcOnCallback;
 
-std::string flag(bool value)
-{
-    return value ? "1" : "0";
-}
-
-std::string word(bool value)
-{
-    return value ? "true" : "false";
-}
-
 LogLine said(const std::string& function, const std::string& text)
 {
     return info(kFile + function, text);
-}
-
-JValue with(const std::string& key, const JValue& value)
-{
-    JValue object = JValue::object();
-    object.put(key, value);
-    return object;
 }
 
 JValue powerStateMute(const JValue& output, const JValue& mute)
@@ -93,13 +73,6 @@ JValue powerStateMute(const JValue& output, const JValue& mute)
 }
 
 // --- Outputs
-
-constexpr KEP_AUDIO_SNDOUT_T kAllOutputs[] = {
-    KEP_AUDIO_NO_OUTPUT,     KEP_AUDIO_SPK,         KEP_AUDIO_SPDIF, KEP_AUDIO_HP,
-    KEP_AUDIO_ALSA,          KEP_AUDIO_SPK_SPDIF,   KEP_AUDIO_ARC,   KEP_AUDIO_SPK_HP,
-    KEP_AUDIO_QN_SOUND_SYNC, KEP_AUDIO_BT_SOUNDBAR, KEP_AUDIO_WISA,  KEP_AUDIO_SPK_OPTICAL_ARC,
-    KEP_AUDIO_SPK_BLUETOOTH, KEP_AUDIO_BLUETOOTH,
-};
 
 /// Where a timer stands.
 enum class Gate { NotYet, Pending, PendingAgain, Done };
@@ -298,20 +271,13 @@ bool Prediction::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute
 
 // --- The fixture
 
-/// What only other rooms of the backend write.
-struct Inside : kepTVAudio {
-    using kepTVAudio::mIsPrepareResume;
-    using kepTVAudio::mSupportBnoModel;
-    using kepTVAudio::startUnmuteTimer;
-};
-
 class HeadphoneTest : public TvBackendTest
 {
 protected:
     HeadphoneTest() { enter({.gate = Gate::NotYet}); }
     ~HeadphoneTest() override { stopTimer(); }
 
-    [[nodiscard]] bool& preparesResume() { return mBackend.*&Inside::mIsPrepareResume; }
+    [[nodiscard]] bool& preparesResume() { return mBackend.mIsPrepareResume; }
     [[nodiscard]] static unsigned int timer() { return OpenBackend::mHeadphoneUnmuteTimerID; }
     [[nodiscard]] static bool timerDone() { return OpenBackend::mHeadphoneTimerMuteDone; }
 
@@ -327,10 +293,7 @@ protected:
     }
 
     /// Starts a timer with that callback, as the start of the television and its resume do.
-    void startTimer(GSourceFunc callback)
-    {
-        EXPECT_TRUE((mBackend.*&Inside::startUnmuteTimer)(callback));
-    }
+    void startTimer(GSourceFunc callback) { EXPECT_TRUE(mBackend.startUnmuteTimer(callback)); }
 
     void enter(const Situation& situation)
     {
@@ -996,7 +959,7 @@ TEST_F(UnmuteTimer, IsSharedByAllBackends)
     other.initAudio();
     forgetAll();
     EXPECT_TRUE(other.setMuteHeadphone(/*mute=*/false));
-    other.*& Inside::mIsPrepareResume = true;
+    other.mIsPrepareResume = true;
     EXPECT_TRUE(other.setPowerStateHeadphoneMute(KEP_AUDIO_HP, /*mute=*/false));
     EXPECT_THAT(told(), IsEmpty());
     EXPECT_THAT(gTimers, IsEmpty());
@@ -1006,7 +969,7 @@ TEST_F(UnmuteTimer, IsNotStartedWhileOneIsPending)
 {
     enter({.gate = Gate::Pending});
     const unsigned int first = timer();
-    EXPECT_FALSE((mBackend.*&Inside::startUnmuteTimer)(kResumeCallback));
+    EXPECT_FALSE(mBackend.startUnmuteTimer(kResumeCallback));
     EXPECT_EQ(timer(), first);
     EXPECT_THAT(gTimers, IsEmpty());
 }
@@ -1297,7 +1260,7 @@ TEST_F(HeadphoneTest, TheModelFlagIsKept)
     for (const bool supported : {true, false}) {
         forget();
         mBackend.setSupportBnoModel(supported);
-        EXPECT_EQ(mBackend.*&Inside::mSupportBnoModel, supported);
+        EXPECT_EQ(mBackend.mSupportBnoModel, supported);
         EXPECT_EQ(mBackend.getSupportBnoModel(), supported);
         EXPECT_THAT(logLines(), ElementsAre(said("setSupportBnoModel",
                                                  "Setting support bno model: " + flag(supported)),

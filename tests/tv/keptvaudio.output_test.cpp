@@ -21,9 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<LogLine>;
-
 // --- Names
 
 struct NameRow {

@@ -14,9 +14,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<LogLine>;
-
 constexpr const char* kUsual = "gain.setGainAsInput"; // what ends every successful connection
 
 struct ResourceRow {
@@ -85,21 +82,9 @@ const std::vector<OutputRow> kOutputs = {
 constexpr KEP_AUDIO_SNDOUT_T kNotSelectable[] = {KEP_AUDIO_NO_OUTPUT, KEP_AUDIO_ALSA,
                                                  KEP_AUDIO_BLUETOOTH};
 
-JValue purposes(const std::vector<std::string>& names)
+JValue purposes(const Texts& names)
 {
-    JValue array = JValue::array();
-    for (const std::string& name : names)
-        array.append(name);
-    JValue attributes = JValue::object();
-    attributes.put("pipelinePurpose", array);
-    return attributes;
-}
-
-JValue with(const std::string& key, const JValue& value)
-{
-    JValue object = JValue::object();
-    object.put(key, value);
-    return object;
+    return with("pipelinePurpose", arrayOf(names));
 }
 
 JValue game()

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The initial gains: what is written, what is still written after a failure, and the note that is
 // kept of it.
-#include "keptvaudio.h"
 
 #include <cerrno>
 #include <string>
@@ -11,8 +10,7 @@
 
 #include "faults.h"
 #include "journal.h"
-#include "platformlog.h"
-#include "televisiontest.h"
+#include "tvbackendtest.h"
 
 namespace
 {
@@ -22,11 +20,6 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 constexpr int kGain = 8388608;
-
-struct TestedBackend : kepTVAudio {
-    using kepTVAudio::mConnectedResources;
-    using kepTVAudio::mIsInitGainAudioUpdate;
-};
 
 ControlEvent inputGain(int index, int port, int status = 0)
 {
@@ -45,7 +38,7 @@ LogLine startupLine(int level, const std::string& id, const std::string& text)
 
 const LogLine kBegun = startupLine(kLogInfo, "INFO_LOG", "init Gain Audio");
 const LogLine kNotYetDone = startupLine(kLogInfo, "INFO_LOG", "mIsInitGainAudioUpdate value is 0");
-const LogLine kDone = startupLine(kLogInfo, "INFO_LOG", "mIsInitGainAudioUpdate value is 1");
+const LogLine kAllDone = startupLine(kLogInfo, "INFO_LOG", "mIsInitGainAudioUpdate value is 1");
 const LogLine kWriteError{kLogError, "CONTROL_ELEMENT_WRITE_ERROR", "keptvaudio:setControlElement",
                           "Control element write error: Input/output error"};
 const LogLine kInputNotSet = startupLine(kLogError, "CONTROL_ELEMENT_SET_ERROR",
@@ -84,7 +77,7 @@ protected:
         EXPECT_EQ(virtualtv::cardHandles().closed, opened);
     }
 
-    TestedBackend mBackend;
+    OpenBackend mBackend;
 };
 
 } // namespace
@@ -94,7 +87,7 @@ TEST_F(InitGainAudio, WritesEveryConnectedResourceThenTheSpeaker)
     mBackend.initGainAudio();
     EXPECT_THAT(controlEvents(),
                 ElementsAre(inputGain(16, 5), inputGain(16, 6), inputGain(16, 7), outputGain()));
-    EXPECT_THAT(logLines(), ElementsAre(kBegun, kDone));
+    EXPECT_THAT(logLines(), ElementsAre(kBegun, kAllDone));
     EXPECT_TRUE(noted());
     expectHandles(4);
 }
@@ -114,7 +107,7 @@ TEST_F(InitGainAudio, WritesAResourceThatTheDriverDoesNotKnowAllTheSame)
     connect({KEP_AUDIO_RESOURCE_INVALID});
     mBackend.initGainAudio();
     EXPECT_THAT(controlEvents(), ElementsAre(inputGain(0, -1), outputGain()));
-    EXPECT_THAT(logLines(), ElementsAre(kBegun, kDone));
+    EXPECT_THAT(logLines(), ElementsAre(kBegun, kAllDone));
 }
 
 TEST_F(InitGainAudio, WithoutResourcesWritesTheSpeakerOnly)
@@ -122,7 +115,7 @@ TEST_F(InitGainAudio, WithoutResourcesWritesTheSpeakerOnly)
     connect({});
     mBackend.initGainAudio();
     EXPECT_THAT(controlEvents(), ElementsAre(outputGain()));
-    EXPECT_THAT(logLines(), ElementsAre(kBegun, kDone));
+    EXPECT_THAT(logLines(), ElementsAre(kBegun, kAllDone));
     EXPECT_TRUE(noted());
 }
 
@@ -231,7 +224,7 @@ TEST_F(InitGainAudio, StaysNotedWhenALaterRunFails)
     forget();
     injectWrites("Gain Input", 0, 1);
     mBackend.initGainAudio();
-    EXPECT_THAT(logLines(), ElementsAre(kBegun, kWriteError, kInputNotSet, kDone));
+    EXPECT_THAT(logLines(), ElementsAre(kBegun, kWriteError, kInputNotSet, kAllDone));
     EXPECT_TRUE(noted());
     forget();
     injectWrites("Gain Output", 0, 1);
@@ -247,5 +240,5 @@ TEST_F(InitGainAudio, ThatIsNotedWritesAgainWhenAsked)
     mBackend.initGainAudio();
     EXPECT_THAT(controlEvents(),
                 ElementsAre(inputGain(16, 5), inputGain(16, 6), inputGain(16, 7), outputGain()));
-    EXPECT_THAT(logLines(), ElementsAre(kBegun, kDone));
+    EXPECT_THAT(logLines(), ElementsAre(kBegun, kAllDone));
 }

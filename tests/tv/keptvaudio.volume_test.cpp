@@ -19,9 +19,6 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<LogLine>;
-
 constexpr unsigned int kUnknownOutput = 1;
 constexpr int kBroken = 7; // any status but 0
 
@@ -67,16 +64,6 @@ constexpr KEP_AUDIO_SNDOUT_T kSpeakerFamily[] = {
     KEP_AUDIO_SPK, KEP_AUDIO_SPK_SPDIF, KEP_AUDIO_SPK_HP, KEP_AUDIO_SPK_OPTICAL_ARC, KEP_AUDIO_SPK_BLUETOOTH,
 };
 // clang-format on
-
-std::string flag(bool value)
-{
-    return value ? "1" : "0";
-}
-
-std::string word(bool value)
-{
-    return value ? "true" : "false";
-}
 
 LogLine volumeInfo(const std::string& function, const std::string& text)
 {

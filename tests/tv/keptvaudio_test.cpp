@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The television backend as an object: registration, life cycle, active state. The parameter store
 // is always there; the linker puts a function of ours in front of it, so that it can be missing.
-#include "keptvaudio.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -16,8 +15,7 @@
 #include "faults.h"
 #include "journal.h"
 #include "kepfactory.h"
-#include "platformlog.h"
-#include "televisiontest.h"
+#include "tvbackendtest.h"
 
 namespace
 {
@@ -45,24 +43,6 @@ using testing::IsEmpty;
 using testing::Key;
 using testing::Not;
 using testing::SizeIs;
-
-struct TestedBackend : kepTVAudio {
-    using kepTVAudio::AudioVideoInfoMapVector;
-    using kepTVAudio::mConnectedResources;
-    using kepTVAudio::mCurrentSoundout;
-    using kepTVAudio::mEarcCapability;
-    using kepTVAudio::mHeadphoneTimerMuteDone;
-    using kepTVAudio::mHeadphoneUnmuteTimerID;
-    using kepTVAudio::mIsInitGainAudioUpdate;
-    using kepTVAudio::mPtrParserInstance;
-    using kepTVAudio::mPtrTVAmplifier;
-    using kepTVAudio::mPtrTVDelay;
-    using kepTVAudio::mPtrTVGain;
-    using kepTVAudio::mPtrTVSoundEngine;
-    using kepTVAudio::mSettingsList;
-    using kepTVAudio::mStartupConditions;
-    using kepTVAudio::mStoredSettings;
-};
 
 const LogLine kUnregistered{kLogDebug, "", "keptvaudio:~kepTVAudio", "UnRegister kepTVAudio ..."};
 
@@ -124,7 +104,7 @@ protected:
         EXPECT_EQ(virtualtv::cardHandles().opened, virtualtv::cardHandles().closed);
     }
 
-    TestedBackend mBackend;
+    OpenBackend mBackend;
 };
 
 using KepTVAudioObject = TelevisionTest;
@@ -167,7 +147,7 @@ TEST_F(KepTVAudioObject, UnregistersItselfAndNobodyElseWhenItIsDestroyed)
     connectLog();
     registry().Register("RADIO", &kepTVAudio::createObject);
     {
-        const TestedBackend backend;
+        const OpenBackend backend;
         EXPECT_THAT(registry().getRegistry(), Contains(Key("TV")));
         EXPECT_THAT(logLines(), IsEmpty());
     }
@@ -182,7 +162,7 @@ TEST_F(KepTVAudioObject, IsDestroyedAfterItsUseWithoutTouchingTheTelevision)
 {
     connectLog();
     {
-        TestedBackend backend;
+        OpenBackend backend;
         EXPECT_EQ(backend.initAudio(), 1U);
         forget();
     }
@@ -195,7 +175,7 @@ TEST_F(KepTVAudioObject, SaysThatItIsDestroyedAtDebugLevelOnly)
     connectLog();
     admit(kLogInfo);
     {
-        const TestedBackend backend;
+        const OpenBackend backend;
     }
     EXPECT_THAT(logLines(), IsEmpty());
 }
@@ -226,9 +206,9 @@ TEST_F(KepTVAudio, HoldsNothingAtFirst)
     EXPECT_EQ(mBackend.mPtrTVDelay, nullptr);
     EXPECT_EQ(mBackend.mPtrTVGain, nullptr);
     EXPECT_EQ(mBackend.mPtrTVSoundEngine, nullptr);
-    const unsigned int timer = TestedBackend::mHeadphoneUnmuteTimerID;
+    const unsigned int timer = OpenBackend::mHeadphoneUnmuteTimerID;
     EXPECT_EQ(timer, 0U);
-    EXPECT_FALSE(TestedBackend::mHeadphoneTimerMuteDone);
+    EXPECT_FALSE(OpenBackend::mHeadphoneTimerMuteDone);
 }
 
 // --- Active state

@@ -20,26 +20,15 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Lines = std::vector<LogLine>;
-using Texts = std::vector<std::string>;
-
-constexpr AdapterLog kEntry{"keptvaudio", "INVALID_PARAMETER"};
-constexpr AdapterLog kSettings{"keptvaudiosettings", "INVALID_PARAMETER"};
-constexpr AdapterLog kQuality{"keptvaudioquality", "INVALID_PARAMETER"};
-constexpr AdapterLog kUtil{"keptvaudioutil", "INVALID_PARAMETER"};
-constexpr AdapterLog kVolume{"keptvaudio", ""};
-constexpr AdapterLog kDigital{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
-constexpr AdapterLog kDelay{"keptvdelay", "DELAY_MWL_ERROR"};
-constexpr AdapterLog kGain{"keptvgain", "GAIN_MWL_ERROR"};
-constexpr AdapterLog kEngine{"keptvsoundengine", "SOUND_ENGINE_MWL_ERROR"};
-
-/// The backend's state, by name.
-struct State : kepTVAudio {
-    static constexpr auto active = &State::mActiveState;
-    static constexpr auto output = &State::mCurrentSoundout;
-    static constexpr auto pipelines = &State::AudioVideoInfoMapVector;
-    static constexpr auto capability = &State::mEarcCapability;
-};
+constexpr FileLog kEntry{"keptvaudio", "INVALID_PARAMETER"};
+constexpr FileLog kSettings{"keptvaudiosettings", "INVALID_PARAMETER"};
+constexpr FileLog kQuality{"keptvaudioquality", "INVALID_PARAMETER"};
+constexpr FileLog kUtil{"keptvaudioutil", "INVALID_PARAMETER"};
+constexpr FileLog kVolume{"keptvaudio", ""};
+constexpr FileLog kDigital{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
+constexpr FileLog kDelay{"keptvdelay", "DELAY_MWL_ERROR"};
+constexpr FileLog kGain{"keptvgain", "GAIN_MWL_ERROR"};
+constexpr FileLog kEngine{"keptvsoundengine", "SOUND_ENGINE_MWL_ERROR"};
 
 // --- Lines
 
@@ -157,7 +146,7 @@ std::string textOf(const AudioVideoInfo& map)
 
 /// One registration of an adapter: two calls, the second only after the first went through.
 struct Registration {
-    AdapterLog log;
+    FileLog log;
     const char* operation;
     const char* opening;
     const char* call;
@@ -229,28 +218,17 @@ AudioVideoInfo with(AudioVideoInfo map, const AudioVideoInfo& more)
     return map;
 }
 
-class CategoryTest : public TvBackendTest
+class CategoryTest : public TvRowsTest
 {
 protected:
-    template <typename Member>
-    auto& state(Member member)
-    {
-        return static_cast<kepTVAudio&>(mBackend).*member;
-    }
-
-    static kepTvParser& store() { return *kepTvParser::getInstance(); }
-
     /// One pipeline, and parameters of another one.
     void restart(bool active = true)
     {
-        clearInjections();
-        state(State::active) = active;
-        state(State::output) = KEP_AUDIO_NO_OUTPUT;
-        state(State::pipelines) = {kStored};
-        store().mQualityParamsMap.clear();
+        TvRowsTest::restart();
+        mBackend->mActiveState = active;
+        mBackend->AudioVideoInfoMapVector = {kStored};
         store().mAvParamsMap = kOld;
         store().mAencAvParamsMap = kOldRecording;
-        forget();
     }
 
     void refuse(const std::set<std::string>& calls)
@@ -268,19 +246,19 @@ protected:
     unsigned int report(const std::string& payload)
     {
         forget();
-        return mBackend.setQualityAttribute(json(payload));
+        return mBackend->setQualityAttribute(json(payload));
     }
 
     bool update(const std::string& pipeline, const std::string& category)
     {
         forget();
-        return mBackend.updateAudioCategoryInfo(json(pipeline), json(category));
+        return mBackend->updateAudioCategoryInfo(json(pipeline), json(category));
     }
 
     bool updateVideo(const std::string& pipeline, const std::string& category)
     {
         forget();
-        return mBackend.updateVideoCategoryInfo(json(pipeline), json(category));
+        return mBackend->updateVideoCategoryInfo(json(pipeline), json(category));
     }
 };
 
@@ -326,7 +304,7 @@ TEST_F(CategoryTest, APayloadThatIsNoObjectIsRefused)
                                "setQualityAttribute API call :attributesObject is not an Object")}))
             << payload;
     }
-    EXPECT_EQ(mBackend.setQualityAttribute(JValue::invalid()), kFailed);
+    EXPECT_EQ(mBackend->setQualityAttribute(JValue::invalid()), kFailed);
 }
 
 TEST_F(CategoryTest, AReportWithoutAPipelineIsRefused)
@@ -344,7 +322,7 @@ TEST_F(CategoryTest, AReportWithoutAPipelineIsRefused)
     EXPECT_EQ(report(nameless), kFailed);
     EXPECT_EQ(logLines(), (Lines{received(nameless), kResetChecked,
                                  kSettings.error("updatePipelineInfo", "Invalid pipelineInfo")}));
-    EXPECT_TRUE(state(State::active));
+    EXPECT_TRUE(mBackend->mActiveState);
 }
 
 TEST_F(CategoryTest, ThePipelineIsRecordedBeforeARequestIsRefused)
@@ -357,11 +335,11 @@ TEST_F(CategoryTest, ThePipelineIsRecordedBeforeARequestIsRefused)
                                merged(R"({"pipelineId":"p1","streamType":"s"})", stored),
                                {kEntry.error("setAudioVideoCategoryInfo",
                                              "Json Value Input doesn't have request Type")}}));
-    EXPECT_THAT(state(State::pipelines), ElementsAre(stored));
+    EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(stored));
     EXPECT_THAT(told(), IsEmpty());
 
     EXPECT_EQ(report(request("", R"({"pipelineId":"p2","resource":"ADEC1"})", "{}")), kDone);
-    EXPECT_THAT(state(State::pipelines),
+    EXPECT_THAT(mBackend->AudioVideoInfoMapVector,
                 ElementsAre(stored, AudioVideoInfo{{"pipelineId", "p2"}, {"resource", "ADEC1"}}));
 }
 
@@ -376,18 +354,18 @@ TEST_F(CategoryTest, AnUnknownTypeIsRefused)
                                    {requestType(type), kInvalidType}}))
             << type;
         EXPECT_THAT(told(), IsEmpty()) << type;
-        EXPECT_THAT(state(State::pipelines), ElementsAre(kStored));
+        EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(kStored));
     }
     for (const char* pipeline : {"[]", "null", R"("p1")", "5"}) {
         forget();
-        EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(request("", pipeline, "{}"))), kFailed);
+        EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(request("", pipeline, "{}"))), kFailed);
         EXPECT_EQ(logLines(), (Lines{requestType(""), kInvalidType})) << pipeline;
     }
     forget();
-    EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(R"({"requestType":""})")), kFailed);
+    EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(R"({"requestType":""})")), kFailed);
     EXPECT_EQ(logLines(), (Lines{requestType(""), kInvalidType}));
     for (const char* payload : {"{}", "[]", "null", R"("requestType")"})
-        EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(payload)), kFailed) << payload;
+        EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(payload)), kFailed) << payload;
 }
 
 TEST_F(CategoryTest, ATypeThatIsNoTextIsAnEmptyOne)
@@ -396,7 +374,7 @@ TEST_F(CategoryTest, ATypeThatIsNoTextIsAnEmptyOne)
         restart();
         const std::string payload =
             R"({"pipelineInfo":)" + kPipeline + R"(,"requestType":)" + std::string{type} + "}";
-        EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(payload)), kDone) << type;
+        EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(payload)), kDone) << type;
         ASSERT_GE(logLines().size(), std::size_t{2});
         EXPECT_EQ(logLines()[0], requestType(""));
         EXPECT_EQ(logLines()[1], kPolicyCalled);
@@ -451,7 +429,7 @@ TEST_F(CategoryTest, TheActiveStateIsTakenOverBeforeTheReport)
         for (const char* type : {"setAudioInputInfo", "setVideoInputInfo", ""}) {
             restart(row.before);
             EXPECT_EQ(report(request(type, kPipeline, R"({"a":"b"})", row.member)), kDone);
-            EXPECT_EQ(state(State::active), row.after) << row.member << type;
+            EXPECT_EQ(mBackend->mActiveState, row.after) << row.member << type;
             EXPECT_EQ(store().mAvParamsMap != kOld, row.after) << row.member << type;
             const auto line = std::find(logLines().begin(), logLines().end(), requestType(type));
             ASSERT_NE(line, logLines().end());
@@ -461,7 +439,7 @@ TEST_F(CategoryTest, TheActiveStateIsTakenOverBeforeTheReport)
     }
     restart();
     EXPECT_EQ(report(request("unknown", kPipeline, "{}", R"(,"activeState":false)")), kFailed);
-    EXPECT_FALSE(state(State::active)); // it stays even then
+    EXPECT_FALSE(mBackend->mActiveState); // it stays even then
     EXPECT_EQ(report(request("setAudioInputInfo", kPipeline, "{}")), kDone);
     EXPECT_EQ(store().mAvParamsMap, kOld);
 }
@@ -474,12 +452,12 @@ TEST_F(CategoryTest, AResetNeverReachesTheCategories)
     const std::string payload =
         request("setAudioInputInfo", pipeline, R"({"codec":"pcm"})", R"(,"activeState":false)");
     restart();
-    state(State::pipelines).clear();
+    mBackend->AudioVideoInfoMapVector.clear();
     EXPECT_EQ(report(payload), kDone);
     EXPECT_EQ(logLines(), (Lines{received(payload), kResetChecked,
                                  kEntry.info("setQualityAttribute",
                                              "AudioVideoInfo Map is empty and reset is true")}));
-    EXPECT_THAT(state(State::pipelines), IsEmpty());
+    EXPECT_THAT(mBackend->AudioVideoInfoMapVector, IsEmpty());
     EXPECT_THAT(told(), IsEmpty());
 
     restart();
@@ -491,8 +469,9 @@ TEST_F(CategoryTest, AResetNeverReachesTheCategories)
                      kQuality.info("resetPipelineInfo", "After Reset New values pipelineId p1"),
                      kEntry.debug("setQualityAttribute",
                                   "setQualityAttribute : resetPipelineInfo is success")}));
-    EXPECT_THAT(state(State::pipelines), ElementsAre(AudioVideoInfo{{"pipelineId", "p1"}}));
-    EXPECT_TRUE(state(State::active));
+    EXPECT_THAT(mBackend->AudioVideoInfoMapVector,
+                ElementsAre(AudioVideoInfo{{"pipelineId", "p1"}}));
+    EXPECT_TRUE(mBackend->mActiveState);
     EXPECT_EQ(store().mAvParamsMap, kOld);
     EXPECT_THAT(told(), IsEmpty());
 
@@ -508,7 +487,7 @@ TEST_F(CategoryTest, AResetNeverReachesTheCategories)
                                  "resetPipelineInfo:: audioVideoObject " + std::string{unknown}),
                    kEntry.error("setQualityAttribute",
                                 "resetPipelineInfo:: PipelineID is not present in map")}));
-        EXPECT_THAT(state(State::pipelines), ElementsAre(kStored)) << unknown;
+        EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(kStored)) << unknown;
     }
 }
 
@@ -566,7 +545,7 @@ TEST_F(CategoryTest, AnAudioReportMergesThenRegistersEverywhere)
 
             restart();
             refuse(trace.refused);
-            const unsigned int result = mBackend.setAudioVideoCategoryInfo(
+            const unsigned int result = mBackend->setAudioVideoCategoryInfo(
                 json(request("setAudioInputInfo", pipeline, category)));
             const std::string what = resource + testing::PrintToString(trace.refused);
             EXPECT_EQ(result, delay || gain || encoder || matches ? kDone : kFailed) << what;
@@ -585,7 +564,7 @@ TEST_F(CategoryTest, AReportWithoutACategoryIsRefused)
             restart();
             const std::string payload = R"({"pipelineInfo":)" + kPipeline + R"(,"requestType":")" +
                                         type + R"(")" + category + "}";
-            EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(payload)), kFailed) << payload;
+            EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(payload)), kFailed) << payload;
             EXPECT_EQ(logLines(),
                       (Lines{requestType(type), audio ? kAudioCalled : kVideoCalled,
                              audio ? kSettings.error("setAudioInputInfo", "Invalid CategoryInfo")
@@ -602,20 +581,20 @@ TEST_F(CategoryTest, WithoutAPipelineTheRegistrationsDecide)
                                  R"("pipelineInfo":"p1",)", R"("pipelineInfo":5,)", ""}) {
         const JValue payload = json("{" + std::string{pipeline} + R"("categoryInfo":{"a":"b"}})");
         restart();
-        EXPECT_TRUE(mBackend.setAudioInputInfo(payload)) << pipeline;
+        EXPECT_TRUE(mBackend->setAudioInputInfo(payload)) << pipeline;
         Texts names;
         for (const std::string& call : told())
             names.push_back(call.substr(0, call.find(' ')));
         EXPECT_EQ(names, kCalls) << pipeline;
-        EXPECT_THAT(state(State::pipelines), ElementsAre(kStored)) << pipeline;
+        EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(kStored)) << pipeline;
         forget();
-        EXPECT_TRUE(mBackend.setVideoInputInfo(payload)) << pipeline;
+        EXPECT_TRUE(mBackend->setVideoInputInfo(payload)) << pipeline;
         EXPECT_THAT(told(),
                     ElementsAre("delay.registerAvParams " + textOf(kOld), "delay.setDelayUpdate"))
             << pipeline;
         refuse({kCalls.begin(), kCalls.end()});
-        EXPECT_FALSE(mBackend.setAudioInputInfo(payload)) << pipeline;
-        EXPECT_FALSE(mBackend.setVideoInputInfo(payload)) << pipeline;
+        EXPECT_FALSE(mBackend->setAudioInputInfo(payload)) << pipeline;
+        EXPECT_FALSE(mBackend->setVideoInputInfo(payload)) << pipeline;
     }
 }
 
@@ -633,7 +612,7 @@ TEST_F(CategoryTest, AllMembersAreMergedAsTextOrJson)
                                     {"b", "1.5"},          {"c", "true"},
                                     {"d", "null"},         {"e", R"([1,"x"])"},
                                     {"f", R"({"g":"h"})"}, {"", ""}};
-    EXPECT_THAT(state(State::pipelines), ElementsAre(matched));
+    EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(matched));
     EXPECT_EQ(store().mAvParamsMap, matched);
     EXPECT_EQ(logLines(), all({{audioUpdate(category, kPipeline), resourceAsked("ADEC0"), kActive,
                                 kFormatUpdated},
@@ -699,7 +678,7 @@ TEST_F(CategoryTest, IdAndResourceTogetherChooseThePipeline)
     };
     for (const MatchRow& row : rows) {
         restart();
-        state(State::pipelines) = row.pipelines;
+        mBackend->AudioVideoInfoMapVector = row.pipelines;
         EXPECT_EQ(update(row.report, R"({"a":"b"})"), row.matched >= 0) << row.what;
         Lines lines = all({{audioUpdate(R"({"a":"b"})", row.report)}, row.lines});
         std::vector<AudioVideoInfo> expected = row.pipelines;
@@ -711,7 +690,7 @@ TEST_F(CategoryTest, IdAndResourceTogetherChooseThePipeline)
         } else {
             EXPECT_EQ(store().mAvParamsMap, kOld) << row.what;
         }
-        EXPECT_EQ(state(State::pipelines), expected) << row.what;
+        EXPECT_EQ(mBackend->AudioVideoInfoMapVector, expected) << row.what;
         EXPECT_EQ(logLines(), lines) << row.what;
         EXPECT_EQ(store().mAencAvParamsMap, kOldRecording) << row.what;
     }
@@ -762,7 +741,7 @@ TEST_F(CategoryTest, ThePurposesDecideWhatTheMiddlewareGets)
                                      "}";
         restart(row.active);
         EXPECT_TRUE(update(pipeline, R"({"a":"b"})")) << what;
-        EXPECT_THAT(state(State::pipelines), ElementsAre(matched)) << what;
+        EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(matched)) << what;
         EXPECT_EQ(store().mAvParamsMap, row.current ? matched : kOld) << what;
         EXPECT_EQ(store().mAencAvParamsMap, row.recording ? matched : kOldRecording) << what;
         EXPECT_EQ(logLines(), all({{audioUpdate(R"({"a":"b"})", pipeline), resourceAsked("ADEC0")},
@@ -782,8 +761,8 @@ TEST_F(CategoryTest, CodecAndFormatOfTheNewPipelineAreApplied)
     EXPECT_TRUE(update(kPipeline, category));
     EXPECT_THAT(told(), IsEmpty());
     restart();
-    state(State::output) = KEP_AUDIO_ARC;
-    state(State::capability) = json(R"(["DD+"])");
+    mBackend->mCurrentSoundout = KEP_AUDIO_ARC;
+    mBackend->mEarcCapability = json(R"(["DD+"])");
     store().mQualityParamsMap["soundOutputDigital"] = "passThrough";
     EXPECT_TRUE(update(kPipeline, category)); // by the codec that it brings itself
     EXPECT_THAT(told(), ElementsAre(R"(soundengine.setImmersiveInfo "atmos")",
@@ -822,12 +801,13 @@ TEST_F(CategoryTest, AVideoReportTellsTheDelayMiddlewareAlone)
                                        "Failed to register audio video info to delay middleware"));
             restart();
             refuse(trace.refused);
-            const unsigned int result = mBackend.setAudioVideoCategoryInfo(
+            const unsigned int result = mBackend->setAudioVideoCategoryInfo(
                 json(request("setVideoInputInfo", pipeline, category)));
             const std::string what = id + testing::PrintToString(trace.refused);
             EXPECT_EQ(result, delay || matches ? kDone : kFailed) << what;
             expectTrace(trace, what);
-            EXPECT_THAT(state(State::pipelines), ElementsAre(matches ? matched : kStored)) << what;
+            EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(matches ? matched : kStored))
+                << what;
             EXPECT_EQ(store().mAvParamsMap, current) << what;
             EXPECT_EQ(store().mAencAvParamsMap, kOldRecording) << what;
         }
@@ -877,7 +857,7 @@ TEST_F(CategoryTest, CodecAndParamsOfAVideoAreTaken)
                                        active ? Lines{kActive} : Lines{kInactive, kVideoNotUpdated},
                                        tableOf(current)}))
                 << row.category;
-            EXPECT_THAT(state(State::pipelines), ElementsAre(matched)) << row.category;
+            EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(matched)) << row.category;
             EXPECT_EQ(store().mAvParamsMap, current) << row.category;
             EXPECT_THAT(told(), IsEmpty()) << row.category;
         }
@@ -886,7 +866,7 @@ TEST_F(CategoryTest, CodecAndParamsOfAVideoAreTaken)
     EXPECT_TRUE(updateVideo(kPipeline, R"({"codec":"X","params":["a","b"]})"));
     EXPECT_TRUE(updateVideo(kPipeline, R"({"codec":"Y","params":["c"]})"));
     EXPECT_THAT(
-        state(State::pipelines),
+        mBackend->AudioVideoInfoMapVector,
         ElementsAre(with(kStored, {{"videoCodec", "Y"}, {"params0", "c"}, {"params1", "b"}})));
 }
 
@@ -896,22 +876,22 @@ TEST_F(CategoryTest, TheFirstPipelineOfTheIdTakesAVideo)
     const AudioVideoInfo elsewhere = {{"pipelineId", "p1"}, {"resource", "ADEC1"}};
     const AudioVideoInfo nameless = {{"resource", "ADEC0"}};
     restart();
-    state(State::pipelines) = {other, nameless, elsewhere, kStored};
+    mBackend->AudioVideoInfoMapVector = {other, nameless, elsewhere, kStored};
     EXPECT_TRUE(updateVideo(kPipeline, R"({"codec":"X","params":[]})"));
-    EXPECT_THAT(state(State::pipelines),
+    EXPECT_THAT(mBackend->AudioVideoInfoMapVector,
                 ElementsAre(other, nameless, with(elsewhere, {{"videoCodec", "X"}}), kStored));
     for (const char* pipeline :
          {"{}", "[]", "null", R"("p1")", R"({"pipelineId":""})", R"({"pipelineId":5})",
           R"({"pipelineId":null})", R"({"pipelineId":["p1"]})", R"({"pipelineId":"p3"})"}) {
         restart();
-        state(State::pipelines).push_back({{"pipelineId", ""}});
-        const std::vector<AudioVideoInfo> before = state(State::pipelines);
+        mBackend->AudioVideoInfoMapVector.push_back({{"pipelineId", ""}});
+        const std::vector<AudioVideoInfo> before = mBackend->AudioVideoInfoMapVector;
         EXPECT_FALSE(updateVideo(pipeline, R"({"codec":"X"})")) << pipeline;
         EXPECT_EQ(logLines(), (Lines{videoUpdate(R"({"codec":"X"})", pipeline)})) << pipeline;
-        EXPECT_EQ(state(State::pipelines), before) << pipeline;
+        EXPECT_EQ(mBackend->AudioVideoInfoMapVector, before) << pipeline;
         EXPECT_EQ(store().mAvParamsMap, kOld) << pipeline;
     }
-    state(State::pipelines).clear();
+    mBackend->AudioVideoInfoMapVector.clear();
     EXPECT_FALSE(updateVideo(kPipeline, R"({"codec":"X"})"));
 }
 
@@ -966,10 +946,10 @@ TEST_F(CategoryTest, APolicyConnectionUpdatesBothThenRegistersEverywhere)
 
         restart();
         refuse(trace.refused);
-        EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(request("", kPipeline, category))),
+        EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(request("", kPipeline, category))),
                   kDone);
         expectTrace(trace, testing::PrintToString(trace.refused));
-        EXPECT_THAT(state(State::pipelines), ElementsAre(seen));
+        EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(seen));
         EXPECT_EQ(store().mAvParamsMap, seen);
     }
 }
@@ -982,17 +962,17 @@ TEST_F(CategoryTest, APolicyConnectionOfAnUnknownPipelineStillRegisters)
             restart();
             if (refused)
                 refuse({kCalls.begin(), kCalls.end()});
-            EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(request("", unknown, category))),
+            EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(request("", unknown, category))),
                       kDone)
                 << category;
             EXPECT_EQ(logLines()[2], audioUpdate(category, unknown));
             EXPECT_EQ(logLines()[3], videoUpdate(category, unknown));
             EXPECT_EQ(told().size(), refused ? std::size_t{4} : kCalls.size()) << category;
-            EXPECT_THAT(state(State::pipelines), ElementsAre(kStored)) << category;
+            EXPECT_THAT(mBackend->AudioVideoInfoMapVector, ElementsAre(kStored)) << category;
         }
     }
     restart();
-    mBackend.updatePolicyConnectionCategoryInfo(json("{}"));
+    mBackend->updatePolicyConnectionCategoryInfo(json("{}"));
     EXPECT_EQ(logLines()[0], audioUpdate("null", "null"));
     EXPECT_EQ(logLines()[1], videoUpdate("null", "null"));
 }
@@ -1021,10 +1001,10 @@ TEST_F(CategoryTest, APolicyConnectionAppliesFormatAndDigitalModeFirst)
     };
     for (const PolicyFormat& row : rows) {
         restart();
-        state(State::output) = row.output;
-        state(State::pipelines).clear(); // nothing is updated
+        mBackend->mCurrentSoundout = row.output;
+        mBackend->AudioVideoInfoMapVector.clear(); // nothing is updated
         store().mQualityParamsMap["soundOutputDigital"] = "pcm";
-        EXPECT_EQ(mBackend.setAudioVideoCategoryInfo(json(request("", kPipeline, row.category))),
+        EXPECT_EQ(mBackend->setAudioVideoCategoryInfo(json(request("", kPipeline, row.category))),
                   kDone);
         Texts before = told();
         ASSERT_GE(before.size(), kCalls.size());
@@ -1036,12 +1016,12 @@ TEST_F(CategoryTest, APolicyConnectionAppliesFormatAndDigitalModeFirst)
 TEST_F(CategoryTest, ARefusedDigitalModeDoesNotStopAPolicyConnection)
 {
     restart();
-    state(State::output) = KEP_AUDIO_ARC;
-    state(State::pipelines).clear();
+    mBackend->mCurrentSoundout = KEP_AUDIO_ARC;
+    mBackend->AudioVideoInfoMapVector.clear();
     store().mQualityParamsMap["soundOutputDigital"] = "pcm";
     injectCard("write", kRefused, "Sndout EARC Outputtype");
     EXPECT_EQ(
-        mBackend.setAudioVideoCategoryInfo(json(request("", kPipeline, R"({"codec":"pcm"})"))),
+        mBackend->setAudioVideoCategoryInfo(json(request("", kPipeline, R"({"codec":"pcm"})"))),
         kDone);
     EXPECT_EQ(told().size(), kCalls.size() + 1);
 }
@@ -1075,11 +1055,11 @@ TEST_F(CategoryTest, APayloadIsLeftAsItWas)
     const std::string text =
         request("", kPipeline, R"({"codec":"pcm","params":["Y"]})", R"(,"activeState":true)");
     JValue payload = json(text);
-    EXPECT_EQ(mBackend.setQualityAttribute(payload), kDone);
+    EXPECT_EQ(mBackend->setQualityAttribute(payload), kDone);
     EXPECT_EQ(payload.stringify(), text);
     payload["categoryInfo"].put("codec", "changed");
     EXPECT_EQ(store().mAvParamsMap["codec"], "pcm");
-    EXPECT_EQ(state(State::pipelines).front()["codec"], "pcm");
+    EXPECT_EQ(mBackend->AudioVideoInfoMapVector.front()["codec"], "pcm");
 }
 
 } // namespace

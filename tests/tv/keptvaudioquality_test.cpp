@@ -8,7 +8,6 @@
 
 #include <gmock/gmock.h>
 
-#include "jdomparser.h"
 #include "keptvparser.h"
 #include "tvbackendtest.h"
 
@@ -18,24 +17,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<LogLine>;
 using Maps = std::vector<AudioVideoInfo>;
-
-constexpr KEP_AUDIO_SNDOUT_T kAllOutputs[] = {
-    KEP_AUDIO_NO_OUTPUT,     KEP_AUDIO_SPK,         KEP_AUDIO_SPDIF, KEP_AUDIO_HP,
-    KEP_AUDIO_ALSA,          KEP_AUDIO_SPK_SPDIF,   KEP_AUDIO_ARC,   KEP_AUDIO_SPK_HP,
-    KEP_AUDIO_QN_SOUND_SYNC, KEP_AUDIO_BT_SOUNDBAR, KEP_AUDIO_WISA,  KEP_AUDIO_SPK_OPTICAL_ARC,
-    KEP_AUDIO_SPK_BLUETOOTH, KEP_AUDIO_BLUETOOTH,
-};
-
-JValue json(const std::string& text)
-{
-    JDomParser parser{JSchema::acceptAll()};
-    const JValue value = parser.parse(text);
-    EXPECT_TRUE(value.isValid()) << text;
-    return value;
-}
 
 // Payloads that name no pipeline.
 std::vector<JValue> notObjects()
@@ -57,12 +39,6 @@ LogLine inSettings(const std::string& function, const std::string& text)
 LogLine inUtil(const std::string& function, const std::string& text)
 {
     return info("keptvaudioutil:" + function, text);
-}
-
-Lines operator+(Lines lines, const Lines& more)
-{
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
 }
 
 // --- What the log says of each step
@@ -138,27 +114,14 @@ Lines updating(const std::string& report, std::size_t size, const std::string& i
 }
 
 /// What only other rooms of the backend write.
-struct Inside : kepTVAudio {
-    using kepTVAudio::mEarcCapability;
-};
-
 class PipelineTest : public TvBackendTest
 {
 protected:
-    PipelineTest() { clearParser(); }
-    ~PipelineTest() override { clearParser(); }
-
-    static kepTvParser& parser() { return *kepTvParser::getInstance(); }
-    static void clearParser()
-    {
-        parser().mQualityParamsMap.clear();
-        parser().mAvParamsMap.clear();
-        parser().mAencAvParamsMap.clear();
-    }
+    using TvBackendTest::store;
 
     [[nodiscard]] Maps& maps() { return mBackend.AudioVideoInfoMapVector; }
-    static kepTvParser::Map& current() { return parser().mAvParamsMap; }
-    static kepTvParser::Map& recording() { return parser().mAencAvParamsMap; }
+    static kepTvParser::Map& current() { return store().mAvParamsMap; }
+    static kepTvParser::Map& recording() { return store().mAencAvParamsMap; }
 
     bool update(const std::string& report) { return mBackend.updatePipelineInfo(json(report)); }
     void store(const std::string& report) { mBackend.storePipelineInfoParameters(json(report)); }
@@ -277,7 +240,7 @@ TEST_F(Report, WithASourceAppliesTheFormatOfEarcWhileArcIsCurrent)
                 clearInjections();
                 maps().clear();
                 mBackend.mCurrentSoundout = output;
-                parser().mQualityParamsMap["soundOutputDigital"] = "pcm";
+                store().mQualityParamsMap["soundOutputDigital"] = "pcm";
                 if (refused)
                     refuseWrite(0);
                 forget();
@@ -298,9 +261,9 @@ TEST_F(Report, WithASourceAppliesTheFormatBeforeItIsStored)
 {
     JValue capability = JValue::array();
     capability.append("AAC");
-    mBackend.*& Inside::mEarcCapability = capability;
+    mBackend.mEarcCapability = capability;
     mBackend.mCurrentSoundout = KEP_AUDIO_ARC;
-    parser().mQualityParamsMap = {{"soundOutputDigital", "auto"}, {"tv.hw.countryType", "JP"}};
+    store().mQualityParamsMap = {{"soundOutputDigital", "auto"}, {"tv.hw.countryType", "JP"}};
     EXPECT_TRUE(update(R"({"pipelineId":"p","sourceType":"HDMI"})"));
     EXPECT_TRUE(update(R"({"pipelineId":"p","sourceType":"USB"})")); // a known one does so, too
     EXPECT_THAT(told(), ElementsAre("Sndout EARC Outputtype 2 1 0 0 1",

@@ -18,18 +18,11 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Lines = std::vector<LogLine>;
-using Texts = std::vector<std::string>;
-
-constexpr AdapterLog kQueries{"keptvaudioquality", ""};
-constexpr AdapterLog kAmplifier{"keptvamplifier", "AMPLIFIER_MWL_ERROR"};
-constexpr AdapterLog kGain{"keptvgain", "GAIN_MWL_ERROR"};
+constexpr FileLog kQueries{"keptvaudioquality", ""};
+constexpr FileLog kAmplifier{"keptvamplifier", "AMPLIFIER_MWL_ERROR"};
+constexpr FileLog kGain{"keptvgain", "GAIN_MWL_ERROR"};
 
 /// The backend's state, by name.
-struct State : kepTVAudio {
-    static constexpr auto settings = &State::mSettingsList;
-};
-
 LogLine asked(const std::string& category, const std::string& request)
 {
     return kQueries.info("getSettings",
@@ -71,7 +64,7 @@ const char* const kDimension = R"({"category":"dimension","value":{"a":{"b":[1]}
 class SettingsQuery : public TvBackendTest
 {
 protected:
-    std::vector<JValue>& list() { return static_cast<kepTVAudio&>(mBackend).*State::settings; }
+    std::vector<JValue>& list() { return mBackend.mSettingsList; }
 
     void storeTwo()
     {

@@ -28,38 +28,17 @@ using testing::Pair;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
-using Lines = std::vector<LogLine>;
-using Texts = std::vector<std::string>;
-
-constexpr AdapterLog kDispatch{"keptvaudio", ""};
-constexpr AdapterLog kSettings{"keptvaudiosettings", "INVALID_PARAMETER"};
-constexpr AdapterLog kDigital{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
-constexpr AdapterLog kHeadphone{"keptvaudio", "INVALID_PARAMETER"};
-constexpr AdapterLog kVolume{"keptvaudio", "SUBCPU_ERROR"};
-constexpr AdapterLog kControl{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
-constexpr AdapterLog kParser{"keptvparser", ""};
-constexpr AdapterLog kEngine{"keptvsoundengine", "SOUND_ENGINE_MWL_ERROR"};
-constexpr AdapterLog kAmplifier{"keptvamplifier", "AMPLIFIER_MWL_ERROR"};
-constexpr AdapterLog kDelay{"keptvdelay", "DELAY_MWL_ERROR"};
-constexpr AdapterLog kGain{"keptvgain", "GAIN_MWL_ERROR"};
-
-/// The backend's state, by name.
-struct State : kepTVAudio {
-    static constexpr auto output = &State::mCurrentSoundout;
-    static constexpr auto settings = &State::mSettingsList;
-    static constexpr auto conditions = &State::mStartupConditions;
-    static constexpr auto capability = &State::mEarcCapability;
-    static constexpr auto bnoModel = &State::mSupportBnoModel;
-    static constexpr auto mixer = &State::mMixerFlag;
-    static constexpr auto forced = &State::mForcedDDPlus;
-    static constexpr auto profile = &State::mArcProfile;
-    static constexpr auto ott = &State::mOttEnabled;
-    static constexpr auto atmosLock = &State::mAtmosLocked;
-    static constexpr auto wisa = &State::mWisaActivated;
-    static constexpr auto prepareResume = &State::mIsPrepareResume;
-    static constexpr auto detectionMute = &State::mHeadphoneDetectionMute;
-    static constexpr auto powerMute = &State::mPowerStateHeadphoneMute;
-};
+constexpr FileLog kDispatch{"keptvaudio", ""};
+constexpr FileLog kSettings{"keptvaudiosettings", "INVALID_PARAMETER"};
+constexpr FileLog kDigital{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
+constexpr FileLog kHeadphone{"keptvaudio", "INVALID_PARAMETER"};
+constexpr FileLog kVolume{"keptvaudio", "SUBCPU_ERROR"};
+constexpr FileLog kControl{"keptvaudio", "CONTROL_ELEMENT_SET_ERROR"};
+constexpr FileLog kParser{"keptvparser", ""};
+constexpr FileLog kEngine{"keptvsoundengine", "SOUND_ENGINE_MWL_ERROR"};
+constexpr FileLog kAmplifier{"keptvamplifier", "AMPLIFIER_MWL_ERROR"};
+constexpr FileLog kDelay{"keptvdelay", "DELAY_MWL_ERROR"};
+constexpr FileLog kGain{"keptvgain", "GAIN_MWL_ERROR"};
 
 struct Category {
     const char* name;
@@ -351,40 +330,13 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
     return stream;
 }
 
-class SettingsTest : public TvBackendTest
+class SettingsTest : public TvRowsTest
 {
 protected:
-    template <typename Member>
-    auto& state(Member member)
-    {
-        return static_cast<kepTVAudio&>(mBackend).*member;
-    }
-
-    static kepTvParser& store() { return *kepTvParser::getInstance(); }
-
-    /// Puts the backend back to where it has been told nothing.
     void restart()
     {
-        clearInjections();
-        state(State::output) = KEP_AUDIO_NO_OUTPUT;
-        state(State::settings).clear();
-        state(State::conditions) = {};
-        state(State::capability) = JValue{};
-        state(State::bnoModel) = false;
-        state(State::mixer) = false;
-        state(State::forced) = false;
-        state(State::profile).clear();
-        state(State::ott) = false;
-        state(State::atmosLock) = false;
-        state(State::wisa) = false;
-        state(State::prepareResume) = false;
-        state(State::detectionMute) = false;
-        state(State::powerMute) = false;
-        store().mQualityParamsMap.clear();
-        store().mAvParamsMap.clear();
-        store().mAencAvParamsMap.clear();
+        TvRowsTest::restart();
         kepTVAmplifier::getInstance()->mIsBootup = false;
-        forget();
     }
 
     static void refuse(const std::string& what)
@@ -398,14 +350,14 @@ protected:
     unsigned int set(const std::string& category, const std::string& payload)
     {
         forget();
-        return mBackend.setSettings(category, json(payload));
+        return mBackend->setSettings(category, json(payload));
     }
 
     /// The settings list, an element a line.
     Texts stored()
     {
         Texts texts;
-        for (const JValue& element : state(State::settings))
+        for (const JValue& element : mBackend->mSettingsList)
             texts.push_back(element.stringify());
         return texts;
     }
@@ -418,7 +370,7 @@ protected:
     void expect(const Request& request)
     {
         restart();
-        state(State::output) = request.current;
+        mBackend->mCurrentSoundout = request.current;
         store().mQualityParamsMap = request.params;
         for (const std::string& what : request.refuse)
             refuse(what);
@@ -452,8 +404,8 @@ protected:
     {
         restart();
         store().mQualityParamsMap = params;
-        Outcome seen{mBackend.setSettings(category, payload), logLines(), told(),
-                     state(State::settings).size()};
+        Outcome seen{mBackend->setSettings(category, payload), logLines(), told(),
+                     mBackend->mSettingsList.size()};
         const std::string text = payload.stringify();
         for (LogLine& line : seen.lines) {
             const std::size_t place = line.text.find(text);
@@ -488,7 +440,7 @@ TEST_F(SettingsTest, EachHandlerRefusesTheCategoriesOfTheOthers)
     };
     const JValue everything = json(
         R"({"mode":"pcm","soundOutput":"SPDIF","status":"on","correctionValue":1,"mix":true})");
-    kepTVAudio& backend = mBackend;
+    kepTVAudio& backend = *mBackend;
     for (const auto& [name, handler] : handlers) {
         forget();
         EXPECT_FALSE((backend.*handler)("activateWisa", everything)) << name;
@@ -597,7 +549,7 @@ TEST_F(SettingsTest, TheDigitalModeIsReappliedForSoundOutputDigitalAlone)
 
 TEST_F(SettingsTest, TheNewModeIsInTheStoreWhenItIsApplied)
 {
-    state(State::output) = KEP_AUDIO_SPDIF;
+    mBackend->mCurrentSoundout = KEP_AUDIO_SPDIF;
     store().mQualityParamsMap["soundOutputDigital"] = "pcm";
     EXPECT_EQ(set("sound", R"({"soundOutputDigital":"auto"})"), kDone);
     EXPECT_THAT(told(),
@@ -693,14 +645,14 @@ class StartupConditions : public SettingsTest
 protected:
     Conditions conditions()
     {
-        const auto& held = state(State::conditions);
+        const auto& held = mBackend->mStartupConditions;
         return {held.contiConfigReceived, held.hardwareConfigApplied, held.modelConfigReceived};
     }
     void hold(const Conditions& wanted)
     {
-        state(State::conditions).contiConfigReceived = wanted.conti;
-        state(State::conditions).hardwareConfigApplied = wanted.hardware;
-        state(State::conditions).modelConfigReceived = wanted.model;
+        mBackend->mStartupConditions.contiConfigReceived = wanted.conti;
+        mBackend->mStartupConditions.hardwareConfigApplied = wanted.hardware;
+        mBackend->mStartupConditions.modelConfigReceived = wanted.model;
     }
 };
 
@@ -864,22 +816,22 @@ TEST_F(SettingsTest, ForcedOutputIsReappliedOnlyWhenItChanges)
     const Lines start = {kDigitalSettings, kForceOutput};
     const std::string on = R"({"forceOutputDDPLUS":"true"})";
     expect({"forceOutput", on, all({start, reapplied()}), kPcmTold});
-    EXPECT_TRUE(state(State::forced));
+    EXPECT_TRUE(mBackend->mForcedDDPlus);
     EXPECT_EQ(set("forceOutput", on), kDone);
     EXPECT_THAT(told(), IsEmpty());
     EXPECT_EQ(set("forceOutput", R"({"forceOutputDDPLUS":"false"})"), kDone);
     EXPECT_EQ(told(), kPcmTold);
-    EXPECT_FALSE(state(State::forced));
+    EXPECT_FALSE(mBackend->mForcedDDPlus);
     for (const char* off : {"TRUE", "false", "", "1", " true"}) {
         expect({"forceOutput", R"({"forceOutputDDPLUS":")" + std::string{off} + R"("})", start});
-        EXPECT_FALSE(state(State::forced)) << off;
-        state(State::forced) = true;
+        EXPECT_FALSE(mBackend->mForcedDDPlus) << off;
+        mBackend->mForcedDDPlus = true;
         set("forceOutput", R"({"forceOutputDDPLUS":")" + std::string{off} + R"("})");
-        EXPECT_FALSE(state(State::forced)) << off;
+        EXPECT_FALSE(mBackend->mForcedDDPlus) << off;
         EXPECT_EQ(told(), kPcmTold) << off;
     }
     expect({"forceOutput", on, all({start, reapplied(kOptic)}), kOpticRefused, kFailed, {kOptic}});
-    EXPECT_TRUE(state(State::forced));
+    EXPECT_TRUE(mBackend->mForcedDDPlus);
     expect({"forceOutput", on, all({start, reapplied(kEarc)}), kEarcRefused, kFailed, {kEarc}});
     expect({"forceOutput", "{}", start, {}, kFailed});
 }
@@ -888,9 +840,9 @@ TEST_F(SettingsTest, AForcedFlagOfAnotherTypeChangesNothing)
 {
     for (const char* value : {"true", "null", "1", "[]", "{}"}) {
         restart();
-        state(State::forced) = true;
+        mBackend->mForcedDDPlus = true;
         EXPECT_EQ(set("forceOutput", member("forceOutputDDPLUS", value)), kFailed) << value;
-        EXPECT_TRUE(state(State::forced)) << value;
+        EXPECT_TRUE(mBackend->mForcedDDPlus) << value;
     }
 }
 
@@ -898,12 +850,12 @@ TEST_F(SettingsTest, TheMixerIsReappliedOnlyWhenItChanges)
 {
     const Lines start = {kDigitalSettings, kMixer};
     expect({"setMixer", R"({"mix":true})", all({start, reapplied()}), kPcmTold});
-    EXPECT_TRUE(state(State::mixer));
+    EXPECT_TRUE(mBackend->mMixerFlag);
     EXPECT_EQ(set("setMixer", R"({"mix":true})"), kDone);
     EXPECT_THAT(told(), IsEmpty());
     EXPECT_EQ(set("setMixer", R"({"mix":false})"), kDone);
     EXPECT_EQ(told(), kPcmTold);
-    EXPECT_FALSE(state(State::mixer));
+    EXPECT_FALSE(mBackend->mMixerFlag);
     expect({"setMixer", R"({"mix":false})", start});
     expect({"setMixer",
             R"({"mix":true})",
@@ -911,7 +863,7 @@ TEST_F(SettingsTest, TheMixerIsReappliedOnlyWhenItChanges)
             kOpticRefused,
             kFailed,
             {kOptic}});
-    EXPECT_TRUE(state(State::mixer));
+    EXPECT_TRUE(mBackend->mMixerFlag);
     expect({"setMixer",
             R"({"mix":true})",
             all({start, reapplied(kEarc)}),
@@ -921,9 +873,9 @@ TEST_F(SettingsTest, TheMixerIsReappliedOnlyWhenItChanges)
     expect({"setMixer", "{}", start, {}, kFailed});
     for (const char* value : {R"("true")", "null", "1", "[]", "{}"}) {
         restart();
-        state(State::mixer) = true;
+        mBackend->mMixerFlag = true;
         EXPECT_EQ(set("setMixer", member("mix", value)), kFailed) << value;
-        EXPECT_TRUE(state(State::mixer)) << value;
+        EXPECT_TRUE(mBackend->mMixerFlag) << value;
     }
 }
 
@@ -955,7 +907,7 @@ TEST_F(SettingsTest, WhatASettingChangedIsInForceWhenTheModeIsReapplied)
     // clang-format on
     for (const DigitalEffect& row : rows) {
         restart();
-        state(State::output) = row.current;
+        mBackend->mCurrentSoundout = row.current;
         store().mQualityParamsMap = row.params;
         EXPECT_EQ(set(row.category, row.payload), kDone) << row.payload;
         ASSERT_THAT(told(), SizeIs(2)) << row.payload;
@@ -1181,7 +1133,7 @@ TEST_F(SettingsTest, AProfileIsReappliedWhenItIsNewAndTurnsTheEncoderInEveryCase
     const std::string alone = R"({"arcProfile":"ATMOS"})";
     expect({"external_arc", alone, all({start, reapplied(), {atmosByProfile("ATMOS", "")}}),
             kPcmTold});
-    EXPECT_EQ(state(State::profile), "ATMOS");
+    EXPECT_EQ(mBackend->mArcProfile, "ATMOS");
     forget();
     EXPECT_EQ(set("external_arc", R"({"arcProfile":"ATMOS","arcActivation":"ARC"})"), kDone);
     EXPECT_THAT(told(), ElementsAre("Sndout ARC OnOff 1", "Sndout EARC OnOff 0",
@@ -1189,7 +1141,7 @@ TEST_F(SettingsTest, AProfileIsReappliedWhenItIsNewAndTurnsTheEncoderInEveryCase
     EXPECT_EQ(set("external_arc", R"({"arcProfile":"EAC3","arcActivation":"ARC"})"), kDone);
     EXPECT_THAT(told(), ElementsAre("Sndout ARC OnOff 1", "Sndout EARC OnOff 0", kPcmTold[0],
                                     kPcmTold[1], "Sndout eAC3 ATMOS Encode OnOff 0"));
-    EXPECT_EQ(state(State::profile), "EAC3");
+    EXPECT_EQ(mBackend->mArcProfile, "EAC3");
     EXPECT_EQ(set("external_arc", R"({"arcProfile":""})"), kDone); // empty, but new
     EXPECT_EQ(told(), kPcmTold);
     expect({"external_arc", R"({"arcProfile":""})", all({start, {atmosByProfile("", "")}})});
@@ -1201,7 +1153,7 @@ TEST_F(SettingsTest, AProfileIsReappliedWhenItIsNewAndTurnsTheEncoderInEveryCase
                 told,
                 kFailed,
                 {element}});
-        EXPECT_EQ(state(State::profile), "ATMOS");
+        EXPECT_EQ(mBackend->mArcProfile, "ATMOS");
     }
 }
 
@@ -1212,7 +1164,7 @@ TEST_F(SettingsTest, TheCapabilityIsTakenOverAppliedAndFlattened)
     const Lines flattening = {flattened("earcCapability", R"(["DD","DD+"])"),
                               flattened("x", R"("y")")};
     expect({"external_arc", payload, all({start, earcReapplied(), flattening}), {kPcmTold[1]}});
-    EXPECT_EQ(state(State::capability).stringify(), R"(["DD","DD+"])");
+    EXPECT_EQ(mBackend->mEarcCapability.stringify(), R"(["DD","DD+"])");
     EXPECT_THAT(store().mQualityParamsMap,
                 UnorderedElementsAre(Pair("earcCapability", R"(["DD","DD+"])"), Pair("x", "y")));
     expect({"external_arc",
@@ -1534,7 +1486,7 @@ TEST_F(SettingsTest, ResumeAndSuspendDoNotReadTheirPayload)
         const LogLine resume = amplifying("prepareResume", payload);
         const LogLine suspend = amplifying("prepareAmplifierSuspend", payload);
         expect({"prepareResume", payload, {resume, resuming}, {"amplifier.setAmpResume"}});
-        EXPECT_TRUE(state(State::prepareResume)) << payload;
+        EXPECT_TRUE(mBackend->mIsPrepareResume) << payload;
         expect({"prepareResume",
                 payload,
                 {resume, resuming,
@@ -1542,12 +1494,12 @@ TEST_F(SettingsTest, ResumeAndSuspendDoNotReadTheirPayload)
                 {"amplifier.setAmpResume -> 7"},
                 kFailed,
                 {"amplifier.setAmpResume"}});
-        EXPECT_TRUE(state(State::prepareResume)) << payload;
+        EXPECT_TRUE(mBackend->mIsPrepareResume) << payload;
         expect({"prepareAmplifierSuspend",
                 payload,
                 {suspend, suspending},
                 {"amplifier.setAmpSuspend"}});
-        EXPECT_FALSE(state(State::prepareResume)) << payload;
+        EXPECT_FALSE(mBackend->mIsPrepareResume) << payload;
         expect({"prepareAmplifierSuspend",
                 payload,
                 {suspend, suspending,
@@ -1839,12 +1791,12 @@ TEST_F(SettingsTest, TheModelFlagReappliesTheDigitalModeEachTime)
             other("other"),
             kHeadphone.info("setSupportBnoModel", "Setting support bno model: " + std::string{on})};
         expect({"other", payload, all({start, reapplied()}), kPcmTold});
-        EXPECT_EQ(state(State::bnoModel), std::string{value} == "true");
+        EXPECT_EQ(mBackend->mSupportBnoModel, std::string{value} == "true");
         EXPECT_EQ(set("other", payload), kDone); // the same value again
         EXPECT_EQ(told(), kPcmTold);
         expect(
             {"other", payload, all({start, reapplied(kOptic)}), kOpticRefused, kFailed, {kOptic}});
-        EXPECT_EQ(state(State::bnoModel), std::string{value} == "true");
+        EXPECT_EQ(mBackend->mSupportBnoModel, std::string{value} == "true");
         expect({"other", payload, all({start, reapplied(kEarc)}), kEarcRefused, kFailed, {kEarc}});
     }
     for (const char* nothing : {"{}", "[]", "true", "null", R"({"supportBnoModel":"true"})",
@@ -1856,9 +1808,9 @@ TEST_F(SettingsTest, TheModelFlagReappliesTheDigitalModeEachTime)
 TEST_F(SettingsTest, WisaIsActivatedByABool)
 {
     expect({"activateWisa", R"({"activateWisa":true})"});
-    EXPECT_TRUE(state(State::wisa));
+    EXPECT_TRUE(mBackend->mWisaActivated);
     EXPECT_EQ(set("activateWisa", R"({"activateWisa":false})"), kDone);
-    EXPECT_FALSE(state(State::wisa));
+    EXPECT_FALSE(mBackend->mWisaActivated);
     for (const char* nothing :
          {"{}", "[]", "true", "null", R"({"activateWisa":"true"})", R"({"activateWisa":1})",
           R"({"activateWisa":null})", R"({"activateWisa":[]})", R"({"activateWisa":{}})"}) {
@@ -1868,9 +1820,9 @@ TEST_F(SettingsTest, WisaIsActivatedByABool)
                                    "activateWisa key is not available")},
                 {},
                 kFailed});
-        state(State::wisa) = true;
+        mBackend->mWisaActivated = true;
         EXPECT_EQ(set("activateWisa", nothing), kFailed);
-        EXPECT_TRUE(state(State::wisa)) << nothing;
+        EXPECT_TRUE(mBackend->mWisaActivated) << nothing;
     }
 }
 
@@ -1887,7 +1839,7 @@ TEST_F(SettingsTest, ThePowerStateMutesTheNamedOutput)
             payload(R"("external_arc")", "true"),
             {setting("1", "external_arc")},
             {"Mute Output 32 1"}});
-    EXPECT_TRUE(state(State::powerMute));
+    EXPECT_TRUE(mBackend->mPowerStateHeadphoneMute);
     expect({"powerStateMute",
             payload(R"("external_arc")", "true"),
             {setting("1", "external_arc"), refusedByDriver(),
@@ -1901,14 +1853,14 @@ TEST_F(SettingsTest, ThePowerStateMutesTheNamedOutput)
                 payload(R"("external_arc")", mute),
                 {setting("0", "external_arc")},
                 {"Mute Output 32 0"}});
-        EXPECT_FALSE(state(State::powerMute));
+        EXPECT_FALSE(mBackend->mPowerStateHeadphoneMute);
     }
     for (const char* output : {"null", "true", "5", "[]", "{}", R"("")"})
         expect({"powerStateMute", payload(output, "true"), {setting("1", "")}, {}, kFailed});
     for (const char* nothing :
          {"{}", "[]", R"("x")", "null", R"({"mute":true})", R"({"soundOutput":"external_arc"})"}) {
         expect({"powerStateMute", nothing});
-        EXPECT_FALSE(state(State::powerMute));
+        EXPECT_FALSE(mBackend->mPowerStateHeadphoneMute);
     }
 }
 
@@ -1931,7 +1883,7 @@ TEST_F(SettingsTest, DetectionMutesTheHeadphone)
         kHeadphone.info("isValidHeadphoneMute", "isValidHeadphoneMute check 0 1 0"),
     };
     expect({"headphoneDetectionMute", R"({"mute":true})", muting, {sub, sub, "Mute Output 16 1"}});
-    EXPECT_TRUE(state(State::detectionMute));
+    EXPECT_TRUE(mBackend->mHeadphoneDetectionMute);
     expect({"headphoneDetectionMute",
             R"({"mute":true})",
             all({muting,
@@ -1948,11 +1900,11 @@ TEST_F(SettingsTest, DetectionMutesTheHeadphone)
              {setting("0"), called("0"),
               kHeadphone.info("setHeadphoneDetectionMute",
                               "Headphone timer has not been make yet, so skip headphone unmute")}});
-        EXPECT_FALSE(state(State::detectionMute));
+        EXPECT_FALSE(mBackend->mHeadphoneDetectionMute);
     }
     for (const char* nothing : {"{}", "[]", "true", "null", R"({"Mute":true})"}) {
         expect({"headphoneDetectionMute", nothing, {setting("0")}, {}, kFailed});
-        EXPECT_FALSE(state(State::detectionMute));
+        EXPECT_FALSE(mBackend->mHeadphoneDetectionMute);
     }
 }
 
@@ -1976,7 +1928,7 @@ TEST_F(SettingsTest, AMissingPayloadIsANull)
     EXPECT_EQ(outcome("audioVideoSync", JValue::invalid()), outcome("audioVideoSync", JValue{}));
     EXPECT_EQ(outcome("dimension", JValue::invalid()), outcome("dimension", JValue{}));
     restart();
-    EXPECT_EQ(mBackend.setSettings("dimension", JValue::invalid()), kDone);
+    EXPECT_EQ(mBackend->setSettings("dimension", JValue::invalid()), kDone);
     EXPECT_THAT(stored(), ElementsAre(storedAs("dimension", "null")));
 }
 
@@ -2017,9 +1969,9 @@ TEST_F(SettingsTest, OnlyTheFirstOfTwoEqualCategoriesIsReplaced)
         JValue element = JValue::object();
         element.put("category", category);
         element.put("value", 1);
-        state(State::settings).push_back(element);
+        mBackend->mSettingsList.push_back(element);
     }
-    mBackend.storeSettings("a", json("2"));
+    mBackend->storeSettings("a", json("2"));
     EXPECT_THAT(stored(), ElementsAre(storedAs("b", "1"), storedAs("a", "1"), storedAs("a", "2")));
 }
 
@@ -2047,7 +1999,7 @@ TEST_F(SettingsTest, AnswersOfTheCallerAreNotStored)
     for (const RemovalRow& row : rows) {
         restart();
         const JValue payload = json(row.payload);
-        EXPECT_EQ(mBackend.setSettings("dimension", payload), kDone);
+        EXPECT_EQ(mBackend->setSettings("dimension", payload), kDone);
         EXPECT_EQ(payload.stringify(), row.payload);
         EXPECT_THAT(stored(), ElementsAre(storedAs("dimension", row.value)));
         Lines lines = {
@@ -2065,7 +2017,7 @@ TEST_F(SettingsTest, AnswersOfTheCallerAreNotStored)
 TEST_F(SettingsTest, TheCallerKeepsItsPayloadAndTheStoreItsCopy)
 {
     JValue payload = json(R"({"a":{"b":[1]},"returnValue":true})");
-    EXPECT_EQ(mBackend.setSettings("dimension", payload), kDone);
+    EXPECT_EQ(mBackend->setSettings("dimension", payload), kDone);
     EXPECT_EQ(payload.stringify(), R"({"a":{"b":[1]},"returnValue":true})");
     payload["a"]["b"].append(2);
     payload.put("c", 3);
@@ -2075,9 +2027,9 @@ TEST_F(SettingsTest, TheCallerKeepsItsPayloadAndTheStoreItsCopy)
 TEST_F(SettingsTest, TheCapabilityIsTheBackendsOwn)
 {
     JValue payload = json(R"({"earcCapability":["DD"]})");
-    EXPECT_EQ(mBackend.setSettings("external_arc", payload), kDone);
+    EXPECT_EQ(mBackend->setSettings("external_arc", payload), kDone);
     payload["earcCapability"].append("DD+");
-    EXPECT_EQ(state(State::capability).stringify(), R"(["DD"])");
+    EXPECT_EQ(mBackend->mEarcCapability.stringify(), R"(["DD"])");
 }
 
 // --- What the facade makes of an exception

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Names to identifiers, identifiers to the driver's numbers. The numbers are written out here: they
 // are the driver's, and no table of the library may change them.
-#include "keptvaudio.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -12,8 +11,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platformlog.h"
-#include "televisiontest.h"
+#include "tvbackendtest.h"
 
 namespace
 {
@@ -22,12 +20,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 using namespace std::string_literals;
-
-struct TestedBackend : kepTVAudio {
-    using kepTVAudio::mCurrentSoundout;
-    using kepTVAudio::mPopNoiseSoundOutput;
-    using kepTVAudio::mStoredSettings;
-};
 
 // --- Resources
 
@@ -254,7 +246,7 @@ protected:
     /// The state, as if this output had been selected.
     void select(std::uint32_t output) { mBackend.mCurrentSoundout = outputOf(output); }
 
-    TestedBackend mBackend;
+    OpenBackend mBackend;
 };
 
 } // namespace

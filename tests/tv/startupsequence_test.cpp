@@ -30,12 +30,10 @@
 #include <gmock/gmock.h>
 
 #include "faults.h"
-#include "jdomparser.h"
 #include "journal.h"
 #include "keplog.h"
-#include "platformlog.h"
 #include "startupworker.h"
-#include "televisiontest.h"
+#include "tvbackendtest.h"
 
 namespace
 {
@@ -46,8 +44,6 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr unsigned int kDone = 0;
-constexpr unsigned int kFailed = 2;
 constexpr std::chrono::seconds kDeadline{60}; // a loaded machine with a sanitizer needs its time
 
 // --- What the wrapped functions are told, and what they do
@@ -330,26 +326,11 @@ std::vector<std::string> without(std::vector<std::string> lines,
     return lines;
 }
 
-struct OpenBackend : kepTVAudio {
-    using kepTVAudio::mCurrentSoundout;
-    using kepTVAudio::mHeadphoneTimerMuteDone;
-    using kepTVAudio::mHeadphoneUnmuteTimerID;
-    using kepTVAudio::mIsInitGainAudioUpdate;
-};
-
 /// Lives until the process ends, as a worker may.
 OpenBackend& backend()
 {
     static OpenBackend instance;
     return instance;
-}
-
-JValue json(const std::string& text)
-{
-    JDomParser parser{JSchema::acceptAll()};
-    const JValue value = parser.parse(text);
-    EXPECT_TRUE(value.isValid()) << text;
-    return value;
 }
 
 class StartupTest : public TelevisionTest
