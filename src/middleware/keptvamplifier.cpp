@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <initializer_list>
 
 #include "kepmiddleware.h"
 #include "mwlamplifier.h"
+#include "payloadkeys.h"
 
 using mwl_amp::MWLAmplifier;
 
@@ -15,28 +15,30 @@ namespace
 {
 
 constexpr const char* kErrorId = "AMPLIFIER_MWL_ERROR";
-constexpr const char* kChipTypeKey = "tv.model.ampChipType";
+constexpr const char* kChipTypeKey = key::kAmpChipType.name;
+constexpr kepKey kQualityKeys[] = {key::kEqualizerStatus, key::kAudioBalance,
+                                   key::kTvSetupConfiguration};
 
-bool hasKeys(const JValue& payload, std::initializer_list<const char*> keys)
+bool hasKeys(const JValue& payload, kepList<kepKey> keys)
 {
     return std::all_of(keys.begin(), keys.end(),
-                       [&](const char* key) { return payload.hasKey(key); });
+                       [&](const kepKey& each) { return payload.hasKey(each.name); });
 }
 
 /// What both register operations are given.
 struct RegisterRequest {
     explicit RegisterRequest(const JValue& payload)
-        : slaveAddress(payload["slaveAddress"].asString()),
-          portNumber(lowByte(payload["portNumber"])), address(payload["address"].asString()),
-          numberOfByte(lowByte(payload["numberOfByte"])),
-          sizeOfArray(lowByte(payload["sizeOfArray"]))
+        : slaveAddress(payload[key::kSlaveAddress.name].asString()),
+          portNumber(lowByte(payload[key::kPortNumber.name])),
+          address(payload[key::kAddress.name].asString()),
+          numberOfByte(lowByte(payload[key::kNumberOfByte.name])),
+          sizeOfArray(lowByte(payload[key::kSizeOfArray.name]))
     {
     }
 
     static bool isComplete(const JValue& payload)
     {
-        return hasKeys(payload,
-                       {"slaveAddress", "portNumber", "address", "numberOfByte", "sizeOfArray"});
+        return hasKeys(payload, listOf(key::kReadRegisterKeys));
     }
 
     static std::uint8_t lowByte(const JValue& number)
@@ -61,6 +63,11 @@ std::vector<std::string> textsIn(const JValue& array)
 }
 
 } // namespace
+
+kepList<kepKey> kepTVAmplifier::qualityKeys()
+{
+    return listOf(kQualityKeys);
+}
 
 kepTVAmplifier* kepTVAmplifier::getInstance()
 {
@@ -143,19 +150,19 @@ void kepTVAmplifier::setAmplifierSettings(JValue payload)
         KEP_ERROR("INVALID_PARAMETER", "Invalid object");
         return;
     }
-    if (payload.hasKey("equalizerStatus")) {
-        const std::string status = payload["equalizerStatus"].asString();
+    if (payload.hasKey(key::kEqualizerStatus.name)) {
+        const std::string status = payload[key::kEqualizerStatus.name].asString();
         if (setEqualizerStatus(status))
             KEP_DEBUG("set equalizerStatus for amplifier middleware successfully as %s",
                       status.c_str());
     }
-    if (payload.hasKey("audioBalance")) {
-        const auto balance = payload["audioBalance"].asNumber<std::int32_t>();
+    if (payload.hasKey(key::kAudioBalance.name)) {
+        const auto balance = payload[key::kAudioBalance.name].asNumber<std::int32_t>();
         if (KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpBalance(balance), kErrorId,
                           "Failed to set balance in amplifier middle ware library as %d", balance))
             KEP_INFO("INFO_LOG", "set Balance successfully as %d", balance);
     }
-    if (payload.hasKey("tvSetupConfiguration")) {
+    if (payload.hasKey(key::kTvSetupConfiguration.name)) {
         if (KEP_SUCCEEDED(mPtrAmplifierInstance->changeAmpEQ(), kErrorId,
                           "Failed to change amplifier equalizer"))
             KEP_INFO("INFO_LOG", "change amplifier equalizer");
@@ -194,10 +201,10 @@ bool kepTVAmplifier::setAmplifierSuspend()
 bool kepTVAmplifier::setAmplifierState(JValue payload)
 {
     KEP_DEBUG("Called setAmplifier function");
-    if (!hasKeys(payload, {"ampType", "status"}))
+    if (!hasKeys(payload, listOf(key::kAmplifierStateKeys)))
         return false;
-    const std::string type = payload["ampType"].asString();
-    const std::string status = payload["status"].asString();
+    const std::string type = payload[key::kAmpType.name].asString();
+    const std::string status = payload[key::kAmpStatus.name].asString();
     return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpOnOff(type, status), kErrorId,
                          "Failed to set amplifier state for amplifier Type: %s, Status: %s ",
                          type.c_str(), status.c_str());
@@ -212,7 +219,7 @@ bool kepTVAmplifier::getAmplifierState(std::string& type, std::vector<std::strin
 
 bool kepTVAmplifier::writeI2cDataToAmplifier(JValue payload)
 {
-    if (!RegisterRequest::isComplete(payload) || !payload.hasKey("data")) {
+    if (!hasKeys(payload, listOf(key::kWriteRegisterKeys))) {
         KEP_ERROR("ERROR_LOG", "writeI2cDataToAmplifier: amplifierObject value not received");
         return false;
     }
@@ -220,9 +227,9 @@ bool kepTVAmplifier::writeI2cDataToAmplifier(JValue payload)
              payload.stringify().c_str());
     const RegisterRequest request{payload};
     return KEP_SUCCEEDED(
-        mPtrAmplifierInstance->writeI2cDataToAmp(request.slaveAddress, request.portNumber,
-                                                 request.address, request.numberOfByte,
-                                                 request.sizeOfArray, textsIn(payload["data"])),
+        mPtrAmplifierInstance->writeI2cDataToAmp(
+            request.slaveAddress, request.portNumber, request.address, request.numberOfByte,
+            request.sizeOfArray, textsIn(payload[key::kData.name])),
         kErrorId, "Failed to write I2c Data to Amplifier IC  slaveAddress: %s, address: %s ", // sic
         request.slaveAddress.c_str(), request.address.c_str());
 }

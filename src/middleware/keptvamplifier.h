@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "jvalue.h"
+#include "kepcatalogue.h"
 
 namespace mwl_amp
 {
@@ -20,6 +21,8 @@ class kepTVAmplifier
 {
 public:
     static kepTVAmplifier* getInstance();
+    /// The keys of a quality payload that this adapter reads.
+    static kepList<kepKey> qualityKeys();
 
     // --- Start-up
 

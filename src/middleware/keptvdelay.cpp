@@ -9,6 +9,7 @@
 #include <string>
 
 #include "kepmiddleware.h"
+#include "payloadkeys.h"
 
 using mwl_delay::MWLDelay;
 
@@ -40,6 +41,21 @@ constexpr UserDelay kUserDelays[] = {
 // Settings of the sound engine that change the delays.
 constexpr const char* kUpdatingKeys[] = {"supportATMOS", "soundMode", "virtualSurround"};
 
+constexpr auto kQualityKeys = [] {
+    std::array<kepKey, std::size(kUserSwitches) + std::size(kUserDelays) + std::size(kUpdatingKeys)>
+        keys{};
+    auto* next = keys.data();
+    for (const UserSwitch& row : kUserSwitches)
+        *next++ = {row.key, KEP_VALUE_STRING,
+                   false,   listOf(key::kOnly),
+                   false,   "switch of the user's delays; any other text switches it off"};
+    for (const UserDelay& row : kUserDelays)
+        *next++ = {row.key, KEP_VALUE_NUMBER, false, {}, false, "delay that the user chose"};
+    for (const char* name : kUpdatingKeys)
+        *next++ = {name, KEP_VALUE_ANY, false, {}, false, "updates the delays"};
+    return keys;
+}();
+
 bool touchesUserList(const JValue& settings)
 {
     const auto present = [&](const auto& row) { return settings.hasKey(row.key); };
@@ -48,6 +64,11 @@ bool touchesUserList(const JValue& settings)
 }
 
 } // namespace
+
+kepList<kepKey> kepTVDelay::qualityKeys()
+{
+    return listOf(kQualityKeys);
+}
 
 kepTVDelay* kepTVDelay::getInstance()
 {
@@ -101,10 +122,10 @@ bool kepTVDelay::setAudioVideoSync(int value)
 bool kepTVDelay::setOffsetDelay(JValue settings)
 {
     KEP_INFO("INFO_LOG", "Request to set offset delay");
-    if (!settings.hasKey("offsetValue") || !settings.hasKey("operationType"))
+    if (!settings.hasKey(key::kOffsetValue.name) || !settings.hasKey(key::kOperationType.name))
         return false;
-    const auto value = settings["offsetValue"].asNumber<std::int32_t>();
-    const std::string type = settings["operationType"].asString();
+    const auto value = settings[key::kOffsetValue.name].asNumber<std::int32_t>();
+    const std::string type = settings[key::kOperationType.name].asString();
     if (!KEP_SUCCEEDED(mPtrDelayInstance->setOffSetDelay(value, type), kErrorId,
                        "Failed to set offset delay value %d for %s", value, type.c_str()))
         return false;

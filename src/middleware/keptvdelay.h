@@ -3,6 +3,7 @@
 #pragma once
 
 #include "jvalue.h"
+#include "kepcatalogue.h"
 #include "mwldelay.h"
 
 /// Keeps audio in step with video. False when a middleware call failed, which is then logged with
@@ -13,6 +14,8 @@ class kepTVDelay
 {
 public:
     static kepTVDelay* getInstance();
+    /// The keys of a quality payload that this adapter reads.
+    static kepList<kepKey> qualityKeys();
 
     // --- Start-up
 

@@ -6,6 +6,7 @@
 
 #include "kepmiddleware.h"
 #include "mwlgain.h"
+#include "payloadkeys.h"
 
 using mwl_gain::MWLGain;
 
@@ -13,6 +14,8 @@ namespace
 {
 
 constexpr const char* kErrorId = "GAIN_MWL_ERROR";
+constexpr kepKey kQualityKeys[] = {key::kAudioDescription, key::kAudioDescriptionVolume,
+                                   key::kAutoVolume};
 
 struct ResourceNumber {
     const char* resource;
@@ -34,6 +37,11 @@ MWL_GAIN_TYPE_T gainTypeOf(const std::string& name)
 }
 
 } // namespace
+
+kepList<kepKey> kepTVGain::qualityKeys()
+{
+    return listOf(kQualityKeys);
+}
 
 kepTVGain* kepTVGain::getInstance()
 {
@@ -158,10 +166,10 @@ void kepTVGain::setAudioDescriptionVolume(int volume, const kepLogOrigin& origin
 void kepTVGain::setGainSettings(JValue settings)
 {
     KEP_DEBUG("settingsKeyObject %s", settings.stringify().c_str());
-    if (settings["audioDescription"].asString() == "on") {
+    if (settings[key::kAudioDescription.name].asString() == "on") {
         kepTvParser* parser = kepTvParser::getInstance();
         const std::string stored =
-            parser->find(parser->mQualityParamsMap, "audioDescriptionVolume").value_or("");
+            parser->find(parser->mQualityParamsMap, key::kAudioDescriptionVolume.name).value_or("");
         if (stored.empty()) {
             KEP_ERROR(kErrorId, "audio description volume key not present in map");
         } else {
@@ -171,12 +179,12 @@ void kepTVGain::setGainSettings(JValue settings)
             setAudioDescriptionVolume(volume);
         }
     }
-    if (settings.hasKey("audioDescriptionVolume")) {
-        const auto volume = settings["audioDescriptionVolume"].asNumber<std::int32_t>();
+    if (settings.hasKey(key::kAudioDescriptionVolume.name)) {
+        const auto volume = settings[key::kAudioDescriptionVolume.name].asNumber<std::int32_t>();
         KEP_DEBUG("Set audioDescriptionVolume as %d", volume);
         setAudioDescriptionVolume(volume);
     }
-    if (settings.hasKey("autoVolume")) {
+    if (settings.hasKey(key::kAutoVolume.name)) {
         KEP_DEBUG("Calling setGainAsInput when autoVolume key changes");
         if (setInputGain())
             KEP_INFO("INFO_LOG", "Call setGainAsInput is success when autoVolume key changes");

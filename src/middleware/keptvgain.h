@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jvalue.h"
+#include "kepcatalogue.h"
 #include "keplog.h"
 
 namespace mwl_gain
@@ -19,6 +20,8 @@ class kepTVGain
 {
 public:
     static kepTVGain* getInstance();
+    /// The keys of a quality payload that this adapter reads.
+    static kepList<kepKey> qualityKeys();
 
     // --- Start-up
 

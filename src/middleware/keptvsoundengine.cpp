@@ -9,6 +9,7 @@
 
 #include "kepmiddleware.h"
 #include "mwlseinterface.h"
+#include "payloadkeys.h"
 
 using mwl_se::MwlSeInterface;
 
@@ -59,6 +60,26 @@ constexpr KeyedHandler kKeyedHandlers[] = {
 };
 // clang-format on
 
+constexpr kepKey keyOf(const KeyedHandler& handler)
+{
+    if (const auto* value = std::get_if<Switch>(&handler.value))
+        return {handler.key, KEP_VALUE_STRING,
+                false,       {&value->on, 1},
+                false,       "switch; any other text switches it off"};
+    if (std::holds_alternative<Text>(handler.value))
+        return {handler.key, KEP_VALUE_STRING, false, {}, false, "passed on"};
+    return {handler.key, KEP_VALUE_ARRAY, false, {}, false, "numbers, one for each of five bands"};
+}
+
+constexpr auto kQualityKeys = [] {
+    std::array<kepKey, 2 + std::size(kKeyedHandlers)> keys{key::kEqualizerStatus,
+                                                           key::kSoundEngineStatus};
+    auto* next = keys.data() + 2;
+    for (const KeyedHandler& handler : kKeyedHandlers)
+        *next++ = keyOf(handler);
+    return keys;
+}();
+
 int call(MwlSeInterface& engine, const Switch& value, const JValue& given)
 {
     return (engine.*value.set)(given.asString() == value.on);
@@ -101,6 +122,11 @@ void apply(MwlSeInterface& engine, const KeyedHandler& handler, const JValue& pa
 }
 
 } // namespace
+
+kepList<kepKey> kepTVSoundEngine::qualityKeys()
+{
+    return listOf(kQualityKeys);
+}
 
 kepTVSoundEngine* kepTVSoundEngine::getInstance()
 {
@@ -180,12 +206,12 @@ bool kepTVSoundEngine::setForcedDolbyAtmos(const bool& on)
 bool kepTVSoundEngine::setMagicSpaceSound(JValue payload)
 {
     KEP_INFO("INFO_LOG", "Setting MagicSpace SoundParams %s", payload.stringify().c_str());
-    if (!payload.hasKey("soundSettingValues")) {
+    if (!payload.hasKey(key::kSoundSettingValues.name)) {
         KEP_ERROR(kErrorId, "No values to set magic space sound");
         return false;
     }
     std::vector<int> values;
-    for (const JValue& value : payload["soundSettingValues"].elements())
+    for (const JValue& value : payload[key::kSoundSettingValues.name].elements())
         values.push_back(value.asNumber<std::int32_t>());
     if (!KEP_SUCCEEDED(mPtrSoundEngineInstance->setMagicSpaceSoundParams(
                            values.data(), static_cast<int>(values.size())),
@@ -197,9 +223,9 @@ bool kepTVSoundEngine::setMagicSpaceSound(JValue payload)
 
 void kepTVSoundEngine::setOptionCategorySettings(JValue payload)
 {
-    if (!payload.hasKey("storeMode"))
+    if (!payload.hasKey(key::kStoreMode.name))
         return;
-    const std::string mode = payload["storeMode"].asString();
+    const std::string mode = payload[key::kStoreMode.name].asString();
     if (KEP_SUCCEEDED(mPtrSoundEngineInstance->setStoreMode(mode), kErrorId,
                       "Failed to set Store/Home mode value as %s", mode.c_str()))
         KEP_INFO("INFO_LOG", "set Store/Home mode successfully as %s", mode.c_str());
@@ -215,12 +241,12 @@ void kepTVSoundEngine::setSoundEngineSettings(JValue payload)
 
 void kepTVSoundEngine::setEqualizerStatus(JValue payload)
 {
-    applyStatus(payload, "equalizerStatus", &kepTVSoundEngine::setEqualizerStatus);
+    applyStatus(payload, key::kEqualizerStatus.name, &kepTVSoundEngine::setEqualizerStatus);
 }
 
 void kepTVSoundEngine::setSoundEngineStatus(JValue payload)
 {
-    applyStatus(payload, "soundEngineStatus", &kepTVSoundEngine::setSoundEngineStatus);
+    applyStatus(payload, key::kSoundEngineStatus.name, &kepTVSoundEngine::setSoundEngineStatus);
 }
 
 void kepTVSoundEngine::applyStatus(const JValue& payload, const char* key, StatusSetter set,

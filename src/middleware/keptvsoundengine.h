@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jvalue.h"
+#include "kepcatalogue.h"
 #include "keplog.h"
 
 namespace mwl_se
@@ -20,6 +21,8 @@ class kepTVSoundEngine
 {
 public:
     static kepTVSoundEngine* getInstance();
+    /// The keys of a quality payload that this adapter reads.
+    static kepList<kepKey> qualityKeys();
 
     // --- Start-up and registration
 

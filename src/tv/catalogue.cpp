@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The catalogue's lists that belong to no one room: the driver's elements and their numbers.
+// The catalogue's lists that are not made where their table stands.
 #include "catalogue.h"
 
 #include "controlelements.h"
 #include "keptvaudio.h"
+#include "payloadkeys.h"
 
 namespace
 {
@@ -16,6 +17,15 @@ constexpr kepNamedNumber kCodecs[] = {
     {SNDOUT_EARC_DDPLUS, "DD+"},      {SNDOUT_EARC_TRUEHD, "TrueHD"},
     {SNDOUT_EARC_MAT2PCM, "MAT2PCM"}, {SNDOUT_EARC_DTSHD, "DTSHD"},
 };
+
+constexpr kepKey kBackendKeys[] = {key::kSoundOutputDigital, key::kBroadcastSystem};
+constexpr kepQuery kQueries[] = {key::kGainValue, key::kReadRegister, key::kAmplifierState};
+constexpr kepKey kPipelineAttributeKeys[] = {key::kAttributePurpose, key::kStreamType};
+constexpr kepKey kQualityAttributeKeys[] = {key::kPipelineInfo, key::kCategoryInfo,
+                                            key::kRequestType, key::kActiveState};
+constexpr kepKey kPipelineInfoKeys[] = {key::kPipelineId, key::kReset, key::kPipelinePurpose,
+                                        key::kResource, key::kSourceType};
+constexpr kepKey kCategoryInfoKeys[] = {key::kImmersive, key::kCodec, key::kParams};
 
 } // namespace
 
@@ -30,35 +40,42 @@ kepList<kepControlElement> kepCatalogue::controlElements()
 
 kepList<kepQualityKeys> kepCatalogue::soundQualityKeys()
 {
-    return {};
+    static const kepQualityKeys kReaders[] = {
+        {"television", listOf(kBackendKeys)},
+        {"soundengine", kepTVSoundEngine::qualityKeys()},
+        {"amplifier", kepTVAmplifier::qualityKeys()},
+        {"gain", kepTVGain::qualityKeys()},
+        {"delay", kepTVDelay::qualityKeys()},
+    };
+    return listOf(kReaders);
 }
 
 kepList<kepQuery> kepCatalogue::queries()
 {
-    return {};
+    return listOf(kQueries);
 }
 
 kepList<kepKey> kepCatalogue::pipelineAttributeKeys()
 {
-    return {};
+    return listOf(kPipelineAttributeKeys);
 }
 
 kepList<kepKey> kepCatalogue::qualityAttributeKeys()
 {
-    return {};
+    return listOf(kQualityAttributeKeys);
 }
 
 kepList<kepKey> kepCatalogue::pipelineInfoKeys()
 {
-    return {};
+    return listOf(kPipelineInfoKeys);
 }
 
 kepList<kepKey> kepCatalogue::categoryInfoKeys()
 {
-    return {};
+    return listOf(kCategoryInfoKeys);
 }
 
 kepList<kepRequestType> kepCatalogue::requestTypes()
 {
-    return {};
+    return listOf(key::kRequestTypes);
 }

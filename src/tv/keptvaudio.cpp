@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The television backend: its registration, its life and its active state, and the entry points of
-// quality attributes and settings. A settings category is one row of a table.
+// quality attributes and settings.
 #include "keptvaudio.h"
 
-#include <algorithm>
 #include <iterator>
-#include <variant>
 
-#include "catalogue.h"
 #include "kepfactory.h"
 #include "keplog.h"
 
@@ -178,80 +175,12 @@ void kepTVAudio::updatePolicyConnectionCategoryInfo(JValue payload)
 
 // --- Settings
 
-struct kepTVAudio::SettingsRow {
-    using GroupHandler = bool (kepTVAudio::*)(std::string category, JValue payload);
-    using Handler = bool (kepTVAudio::*)(JValue payload);
-
-    const char* category;
-    std::variant<GroupHandler, Handler> handler;
-    bool stores; // a payload that was applied is remembered
-};
-
-// clang-format off
-const kepTVAudio::SettingsRow kepTVAudio::kSettingsRows[] = {
-    // category                 handler                                         stores
-    {"modelConfig",             &kepTVAudio::setSoundConfigSettings,            false},
-    {"hardwareConfig",          &kepTVAudio::setSoundConfigSettings,            false},
-    {"contiConfig",             &kepTVAudio::setSoundConfigSettings,            false},
-    {"sound",                   &kepTVAudio::setSoundConfigSettings,            false},
-    {"groupCodeConfig",         &kepTVAudio::setSoundConfigSettings,            false},
-    {"zibConfig",               &kepTVAudio::setSoundConfigSettings,            false},
-    {"soundOutputMode",         &kepTVAudio::setSoundOutputDigitalSettings,     true},
-    {"forceOutput",             &kepTVAudio::setSoundOutputDigitalSettings,     true},
-    {"setMixer",                &kepTVAudio::setSoundOutputDigitalSettings,     true},
-    {"scms",                    &kepTVAudio::setAlsaDriverSettings,             false},
-    {"ottAdecMode",             &kepTVAudio::setAlsaDriverSettings,             false},
-    {"powerState",              &kepTVAudio::setAlsaDriverSettings,             true},
-    {"external_arc",            &kepTVAudio::setAlsaDriverSettings,             true},
-    {"audioEQ",                 &kepTVAudio::setSoundEngineSettings,            true},
-    {"soundEngine",             &kepTVAudio::setSoundEngineSettings,            true},
-    {"magicSpaceSound",         &kepTVAudio::setSoundEngineSettings,            true},
-    {"dolbyAtmos",              &kepTVAudio::setSoundEngineSettings,            true},
-    {"forcedDolbyAtmos",        &kepTVAudio::setSoundEngineSettings,            true},
-    {"amplifier",               &kepTVAudio::setAmplifierSettings,              true},
-    {"prepareResume",           &kepTVAudio::setAmplifierSettings,              true},
-    {"amplifierState",          &kepTVAudio::setAmplifierSettings,              true},
-    {"prepareAmplifierSuspend", &kepTVAudio::setAmplifierSettings,              true},
-    {"writeI2cDataToAmplifier", &kepTVAudio::setAmplifierSettings,              true},
-    {"audioVideoSync",          &kepTVAudio::setDelaySettings,                  true},
-    {"offsetDelay",             &kepTVAudio::setDelaySettings,                  true},
-    {"option",                  &kepTVAudio::setOtherCategorySettings,          true},
-    {"picture",                 &kepTVAudio::setOtherCategorySettings,          true},
-    {"dimension",               &kepTVAudio::setOtherCategorySettings,          true},
-    {"smartSoundMode",          &kepTVAudio::setOtherCategorySettings,          true},
-    {"other",                   &kepTVAudio::setOtherCategorySettings,          true},
-    {"activateWisa",            &kepTVAudio::setActivateWisa,                   false},
-    {"powerStateMute",          &kepTVAudio::setPowerStateMute,                 false},
-    {"headphoneDetectionMute",  SettingsRow::Handler{&kepTVAudio::setHeadphoneDetectionMute}, false},
-};
-// clang-format on
-
 unsigned int kepTVAudio::setSettings(std::string category, JValue payload)
 {
     KEP_INFO("INFO_LOG", "category %s Payload received is %s", category.c_str(),
              payload.stringify().c_str());
-    const auto* row =
-        std::find_if(std::begin(kSettingsRows), std::end(kSettingsRows),
-                     [&](const SettingsRow& each) { return category == each.category; });
-    if (row == std::end(kSettingsRows))
-        return KEP_RESULT_FAILED;
-    const auto* group = std::get_if<SettingsRow::GroupHandler>(&row->handler);
-    const bool applied = group != nullptr
-                             ? (this->**group)(category, payload)
-                             : (this->*std::get<SettingsRow::Handler>(row->handler))(payload);
-    if (!applied)
-        return KEP_RESULT_FAILED;
-    if (row->stores)
-        storeSettings(category, payload);
-    return KEP_RESULT_OK;
-}
-
-kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
-{
-    static const auto kShown = projected(kepTVAudio::kSettingsRows, [](const auto& row) {
-        return kepSettingsCategory{row.category, {}, false, row.stores, true, ""};
-    });
-    return listOf(kShown);
+    const SettingsRow* row = findSettings(category);
+    return row != nullptr && applySettings(*row, payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
 }
 
 bool kepTVAudio::mIsObjRegistered =

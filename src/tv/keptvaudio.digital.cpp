@@ -7,6 +7,7 @@
 
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "payloadkeys.h"
 
 /// The driver's numbers for one digital mode of one output.
 struct DigitalModes {
@@ -67,22 +68,6 @@ constexpr std::string_view kCompressedCodecs[] = {
     "truehd", "truehd_atmos", "mat",  "mat_atmos",  "eac3", "eac3_atmos",  "ac3",   "mpeg_h", "aac",
     "heaac",  "ac4",          "dts",  "ac4_atmos",  "opus", "dts_express", "dts_cd", "dts_hd_ma",
 };
-
-struct NamedNumber {
-    std::string_view name;
-    int number;
-};
-constexpr NamedNumber kCategoryCodes[] = {
-    {"ATSC", 100},
-    {"ARIB", 4},
-    {"DVB",  12},
-};
-constexpr NamedNumber kCopyrights[] = {
-    {"free",    1},
-    {"no_more", 2},
-    {"once",    4},
-    {"never",   8},
-};
 // clang-format on
 
 template <std::size_t Size>
@@ -92,10 +77,9 @@ bool isOneOf(std::string_view name, const std::string_view (&names)[Size])
 }
 
 /// The number of that name; 0 for an unknown one.
-template <std::size_t Size>
-int numberOf(std::string_view name, const NamedNumber (&rows)[Size])
+int numberOf(std::string_view name, kepList<kepNamedNumber> rows)
 {
-    for (const NamedNumber& row : rows)
+    for (const kepNamedNumber& row : rows)
         if (row.name == name)
             return row.number;
     return 0;
@@ -124,7 +108,7 @@ std::string kepTVAudio::getSoundOutputDigitalMode() const
         KEP_INFO("INFO_LOG", "Setting digital mode as %s, since its not optical or arc", "pcm");
         return "pcm";
     }
-    std::string mode = qualityParam("soundOutputDigital").value_or("");
+    std::string mode = qualityParam(key::kSoundOutputDigital.name).value_or("");
     KEP_INFO("INFO_LOG", "Setting digital mode as %s", mode.c_str());
     return mode;
 }
@@ -199,7 +183,7 @@ int kepTVAudio::getAutoArcMode() const
 
 bool kepTVAudio::isCountryCodeJP() const
 {
-    return qualityParam("tv.hw.countryType") == "JP";
+    return qualityParam(key::kCountry.name) == "JP";
 }
 
 // --- eARC
@@ -368,21 +352,21 @@ bool kepTVAudio::setOTTAdecMode(bool ott, bool atmosLock)
 
 void kepTVAudio::setBroadcastSystem()
 {
-    constexpr const char* kKey = "tv.zib.tvBroadcastSystem";
+    constexpr const char* kKey = key::kBroadcastSystem.name;
     const std::optional<std::string> system = qualityParam(kKey);
     if (!system) {
         KEP_ERROR("INVALID_PARAMETER", "%s is not available. Failed to set Broadcast System", kKey);
         return;
     }
     KEP_INFO("INFO_LOG", "setBroadcastSystem broadcastSystemValue %s", system->c_str());
-    const int code = numberOf(*system, kCategoryCodes);
+    const int code = numberOf(*system, listOf(key::kCategoryCodes));
     writeOrLog(kSndoutSpdifCategoryCode, {code, code});
 }
 
 int kepTVAudio::getSoundOutOpticCopyValue(std::string copyright) const
 {
     KEP_DEBUG("getSoundOutOpticCopyValue for copyright: %s", copyright.c_str());
-    const int value = numberOf(copyright, kCopyrights);
+    const int value = numberOf(copyright, listOf(key::kCopyrights));
     KEP_DEBUG("getSoundOutOpticCopyValue - optic value is %d", value);
     return value;
 }
@@ -390,7 +374,7 @@ int kepTVAudio::getSoundOutOpticCopyValue(std::string copyright) const
 int kepTVAudio::getSoundOutArcCopyValue(std::string copyright) const
 {
     KEP_DEBUG("Copyright value received : %s", copyright.c_str());
-    const int value = numberOf(copyright, kCopyrights);
+    const int value = numberOf(copyright, listOf(key::kCopyrights));
     KEP_DEBUG("getSoundOutArcCopyValue - arc value is %d", value);
     return value;
 }
@@ -398,7 +382,7 @@ int kepTVAudio::getSoundOutArcCopyValue(std::string copyright) const
 bool kepTVAudio::isValidCopyright(std::string copyright) const
 {
     KEP_DEBUG("Copyright value received is %s", copyright.c_str());
-    return numberOf(copyright, kCopyrights) != 0;
+    return numberOf(copyright, listOf(key::kCopyrights)) != 0;
 }
 
 bool kepTVAudio::setSpdifSecurity(std::string copyright)

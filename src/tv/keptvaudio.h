@@ -487,8 +487,43 @@ protected:
     bool mAtmosLocked = false;
     bool mWisaActivated = false;
 
-    // --- Dispatch of settings
+    // --- Dispatch of settings (keptvaudiosettings.cpp)
     friend class kepCatalogue; // shows the categories
+
     struct SettingsRow;
-    static const SettingsRow kSettingsRows[33];
+    using SettingsGroup = bool (kepTVAudio::*)(const SettingsRow& row, const JValue& payload);
+    using SettingsHandler = bool (kepTVAudio::*)(JValue payload);
+
+    /// Null for a category that nobody knows.
+    static const SettingsRow* findSettings(const std::string& category);
+    bool applySettings(const SettingsRow& row, const JValue& payload);
+    /// Runs the category's own handler, and remembers the payload if that is wanted.
+    bool handle(const SettingsRow& row, const JValue& payload);
+    /// The same by name, for a group that was called directly.
+    bool handleInGroup(SettingsGroup group, const std::string& category, const JValue& payload);
+
+    bool setSoundConfigSettings(const SettingsRow& row, const JValue& payload);
+    bool setSoundOutputDigitalSettings(const SettingsRow& row, const JValue& payload);
+    bool setAlsaDriverSettings(const SettingsRow& row, const JValue& payload);
+    bool setSoundEngineSettings(const SettingsRow& row, const JValue& payload);
+    bool setAmplifierSettings(const SettingsRow& row, const JValue& payload);
+    bool setDelaySettings(const SettingsRow& row, const JValue& payload);
+    bool setOtherCategorySettings(const SettingsRow& row, const JValue& payload);
+
+    bool setModelConfig(JValue payload);
+    bool setContiConfig(JValue payload);
+    bool setScmsSettings(JValue payload);
+    bool setOttAdecModeSettings(JValue payload);
+    bool setOptionSettings(JValue payload);
+    bool acceptSettings(JValue payload);
+    bool setMagicSpaceSound(JValue payload);
+    bool setDolbyAtmosState(JValue payload);
+    bool setForcedDolbyAtmos(JValue payload);
+    bool setAmplifierType(JValue payload);
+    bool prepareResume(JValue payload);
+    bool prepareAmplifierSuspend(JValue payload);
+    bool setAmplifierState(JValue payload);
+    bool writeI2cDataToAmplifier(JValue payload);
+    bool setAudioVideoSync(JValue payload);
+    bool setOffsetDelay(JValue payload);
 };

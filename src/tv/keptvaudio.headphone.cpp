@@ -9,6 +9,7 @@
 #include "hwiogpio.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "payloadkeys.h"
 #include "soundoutputs.h"
 #include "subcpu.h"
 
@@ -123,19 +124,19 @@ bool kepTVAudio::setHeadphoneDetectionMute(bool mute)
 
 bool kepTVAudio::setHeadphoneDetectionMute(JValue payload)
 {
-    const bool mute = payload["mute"].asBool();
+    const bool mute = payload[key::kMute.name].asBool();
     KEP_INFO("INFO_LOG", "Setting headphone detection mute to %d", mute);
-    return payload.hasKey("mute") && setHeadphoneDetectionMute(mute);
+    return payload.hasKey(key::kMute.name) && setHeadphoneDetectionMute(mute);
 }
 
 // --- Muting by power state
 
 bool kepTVAudio::setPowerStateMute(JValue payload)
 {
-    if (!payload.hasKey("soundOutput") || !payload.hasKey("mute"))
+    if (!payload.hasKey(key::kMutedOutput.name) || !payload.hasKey(key::kMute.name))
         return true;
-    const std::string name = payload["soundOutput"].asString();
-    const bool mute = payload["mute"].asBool();
+    const std::string name = payload[key::kMutedOutput.name].asString();
+    const bool mute = payload[key::kMute.name].asBool();
     KEP_INFO("INFO_LOG", "Setting powerState mute to %d on soundOutputType %s", mute, name.c_str());
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(name);
     mPowerStateHeadphoneMute = mute;
@@ -235,7 +236,7 @@ bool kepTVAudio::setQNSoundbarState(JValue payload)
 {
     KEP_DEBUG("Set Qn Sound Bar status based on power state %s", payload.stringify().c_str());
     std::string state;
-    if (!payload["powerState"].asString(state)) {
+    if (!payload[key::kPowerState.name].asString(state)) {
         KEP_ERROR("INVALID_PARAMETER", "powerState key is not available");
         return false;
     }

@@ -1,33 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Updates of the pipeline store, audio reports, and the settings categories. A category's handler
-// checks the payload and applies it; whether it is remembered is decided where it was dispatched.
+// Updates of the pipeline store, audio reports, and the settings categories. A category
+// is one row of a table; its handler checks the payload and applies it.
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
+#include "catalogue.h"
 #include "keplog.h"
 #include "keptvaudio.h"
-
-namespace
-{
-
-// Outputs whose digital mode can be set by name. Not all of them can be selected.
-constexpr const char* kDigitalModeOutputs[] = {
-    "external_arc", "external_optical", "SPDIF", "tv_external_speaker", "tv_speaker_optical_arc",
-};
-
-struct ArcActivation {
-    const char* name;
-    int arc;
-    int earc;
-};
-constexpr ArcActivation kArcActivations[] = {
-    {"ARC", 1, 0},
-    {"eARC", 0, 1},
-    {"None", 0, 0},
-};
-
-} // namespace
+#include "payloadkeys.h"
 
 // --- Pipelines
 
@@ -185,19 +166,212 @@ void kepTVAudio::storeSettings(const std::string& category, JValue payload)
               entry.stringify().c_str());
 }
 
-// --- Model, hardware and country
+// --- Dispatch
+
+struct kepTVAudio::SettingsRow {
+    const char* category;
+    SettingsGroup group;     // logs for its categories; null: the category stands alone
+    SettingsHandler handler; // null: refused
+    bool stored;             // a payload that was applied is remembered
+    bool takesQualityKeys;   // the payload goes to all adapters
+    kepList<kepKey> keys;    // what the handler reads
+    const char* meaning;
+
+    static const SettingsRow kAll[];
+};
+
+namespace
+{
+
+constexpr kepKey kOttAdecModeKeys[] = {key::kIsOttEnable, key::kIsAtmosLocking};
+constexpr kepKey kOutputModeKeys[] = {key::kDigitalModeOutput, key::kMode};
+constexpr kepKey kPowerStateMuteKeys[] = {key::kMutedOutput, key::kMute};
+constexpr kepKey kExternalArcKeys[] = {key::kArcActivation, key::kArcProfile, key::kEarcCapability,
+                                       key::kEarcAtmos};
+
+constexpr kepList<kepKey> only(const kepKey& key)
+{
+    return {&key, 1};
+}
+
+} // namespace
+
+// clang-format off
+using TV = kepTVAudio;
+constexpr kepTVAudio::SettingsRow kepTVAudio::SettingsRow::kAll[] = {
+    // category                 group                                handler                          stored  quality  keys                                meaning
+    {"modelConfig",             &TV::setSoundConfigSettings,         &TV::setModelConfig,             false,  true,    {},                                 "the model; a condition of the start-up"},
+    {"hardwareConfig",          &TV::setSoundConfigSettings,         &TV::setHwConfig,                false,  false,   only(key::kCountry),                "the hardware; every key is kept as a parameter; a condition of the start-up"},
+    {"contiConfig",             &TV::setSoundConfigSettings,         &TV::setContiConfig,             false,  true,    {},                                 "the region; a condition of the start-up"},
+    {"sound",                   &TV::setSoundConfigSettings,         &TV::setSoundSettings,           false,  true,    {},                                 "sound quality"},
+    {"groupCodeConfig",         &TV::setSoundConfigSettings,         nullptr,                         false,  false,   {},                                 "known, and always refused"}, // sic
+    {"zibConfig",               &TV::setSoundConfigSettings,         nullptr,                         false,  false,   {},                                 "known, and always refused"}, // sic
+    {"soundOutputMode",         &TV::setSoundOutputDigitalSettings,  &TV::setSoundOutputModeSettings, true,   false,   listOf(kOutputModeKeys),            "the digital mode of an output was chosen"},
+    {"forceOutput",             &TV::setSoundOutputDigitalSettings,  &TV::setforceOutputSettings,     true,   false,   only(key::kForceDdPlus),            "forced digital format"},
+    {"setMixer",                &TV::setSoundOutputDigitalSettings,  &TV::setMixerSettings,           true,   false,   only(key::kMix),                    "mixing into digital outputs"},
+    {"scms",                    &TV::setAlsaDriverSettings,          &TV::setScmsSettings,            false,  false,   only(key::kCopyright),              "copy protection of digital outputs"},
+    {"ottAdecMode",             &TV::setAlsaDriverSettings,          &TV::setOttAdecModeSettings,     false,  false,   listOf(kOttAdecModeKeys),           "decoder mode of streaming services"},
+    {"powerState",              &TV::setAlsaDriverSettings,          &TV::setQNSoundbarState,         true,   false,   only(key::kPowerState),             "power of the sound bar, or the optical light"},
+    {"external_arc",            &TV::setAlsaDriverSettings,          &TV::setExternalArcSettings,     true,   false,   listOf(kExternalArcKeys),           "ARC and eARC"},
+    {"audioEQ",                 &TV::setSoundEngineSettings,         &TV::setEqualizerSettings,       true,   false,   only(key::kStatus),                 "equalizer of sound engine and amplifier"},
+    {"soundEngine",             &TV::setSoundEngineSettings,         &TV::setSoundEngineStatus,       true,   false,   only(key::kStatus),                 "the sound engine as a whole"},
+    {"magicSpaceSound",         &TV::setSoundEngineSettings,         &TV::setMagicSpaceSound,         true,   false,   only(key::kSoundSettingValues),     "parameters of the room's sound"},
+    {"dolbyAtmos",              &TV::setSoundEngineSettings,         &TV::setDolbyAtmosState,         true,   false,   only(key::kAtmosState),             "Dolby Atmos"},
+    {"forcedDolbyAtmos",        &TV::setSoundEngineSettings,         &TV::setForcedDolbyAtmos,        true,   false,   only(key::kForcedDolbyAtmos),       "Dolby Atmos whatever the content"},
+    {"amplifier",               &TV::setAmplifierSettings,           &TV::setAmplifierType,           true,   false,   only(key::kAmpChipType),            "the amplifier's chip"},
+    {"prepareResume",           &TV::setAmplifierSettings,           &TV::prepareResume,              true,   false,   {},                                 "resumes the amplifier; the next headphone unmute waits"},
+    {"amplifierState",          &TV::setAmplifierSettings,           &TV::setAmplifierState,          true,   false,   listOf(key::kAmplifierStateKeys),   "switches an amplifier"},
+    {"prepareAmplifierSuspend", &TV::setAmplifierSettings,           &TV::prepareAmplifierSuspend,    true,   false,   {},                                 "suspends the amplifier"},
+    {"writeI2cDataToAmplifier", &TV::setAmplifierSettings,           &TV::writeI2cDataToAmplifier,    true,   false,   listOf(key::kWriteRegisterKeys),    "writes a register of the amplifier"},
+    {"audioVideoSync",          &TV::setDelaySettings,               &TV::setAudioVideoSync,          true,   false,   only(key::kCorrectionValue),        "delay between sound and picture"},
+    {"offsetDelay",             &TV::setDelaySettings,               &TV::setOffsetDelay,             true,   false,   listOf(key::kOffsetDelayKeys),      "offset of a delay"},
+    {"option",                  &TV::setOtherCategorySettings,       &TV::setOptionSettings,          true,   false,   only(key::kStoreMode),              "options of the television"},
+    {"picture",                 &TV::setOtherCategorySettings,       &TV::setPictureSettings,         true,   false,   only(key::kMemcDelayLevel),         "picture, as far as it delays"},
+    {"dimension",               &TV::setOtherCategorySettings,       &TV::acceptSettings,             true,   false,   {},                                 "nothing is done, but it is stored"},
+    {"smartSoundMode",          &TV::setOtherCategorySettings,       &TV::setSoundSettings,           true,   true,    {},                                 "sound quality, stored"},
+    {"other",                   &TV::setOtherCategorySettings,       &TV::setOtherSettings,           true,   false,   only(key::kSupportBnoModel),        "model flag"},
+    {"activateWisa",            nullptr,                             &TV::setActivateWisa,            false,  false,   only(key::kActivateWisa),           "wireless speakers"},
+    {"powerStateMute",          nullptr,                             &TV::setPowerStateMute,          false,  false,   listOf(kPowerStateMuteKeys),        "mute by power state"},
+    {"headphoneDetectionMute",  nullptr,                             &TV::setHeadphoneDetectionMute,  false,  false,   only(key::kMute),                   "mute by headphone detection"},
+};
+// clang-format on
+
+const kepTVAudio::SettingsRow* kepTVAudio::findSettings(const std::string& category)
+{
+    const auto* row =
+        std::find_if(std::begin(SettingsRow::kAll), std::end(SettingsRow::kAll),
+                     [&](const SettingsRow& each) { return category == each.category; });
+    return row != std::end(SettingsRow::kAll) ? row : nullptr;
+}
+
+bool kepTVAudio::applySettings(const SettingsRow& row, const JValue& payload)
+{
+    return row.group != nullptr ? (this->*row.group)(row, payload) : handle(row, payload);
+}
+
+bool kepTVAudio::handle(const SettingsRow& row, const JValue& payload)
+{
+    if (row.handler == nullptr || !(this->*row.handler)(payload))
+        return false;
+    if (row.stored)
+        storeSettings(row.category, payload);
+    return true;
+}
+
+bool kepTVAudio::handleInGroup(SettingsGroup group, const std::string& category,
+                               const JValue& payload)
+{
+    const SettingsRow* row = findSettings(category);
+    if (row != nullptr && row->group == group)
+        return (this->*group)(*row, payload);
+    // Another group's category is told of, and refused.
+    return (this->*group)(SettingsRow{category.c_str(), group, nullptr, false, false, {}, ""},
+                          payload);
+}
+
+kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
+{
+    static const auto shown =
+        projected(kepTVAudio::SettingsRow::kAll, [](const kepTVAudio::SettingsRow& row) {
+            return kepSettingsCategory{row.category,           row.keys,
+                                       row.takesQualityKeys,   row.stored,
+                                       row.handler != nullptr, row.meaning};
+        });
+    return listOf(shown);
+}
+
+// --- The groups: each says which category it was given. By name they are called from outside, by
+// row from the dispatch.
+
+bool kepTVAudio::setSoundConfigSettings(const SettingsRow& row, const JValue& payload)
+{
+    KEP_INFO("INFO_LOG", "Set config and settings for category %s", row.category);
+    return handle(row, payload);
+}
+
+bool kepTVAudio::setSoundOutputDigitalSettings(const SettingsRow& row, const JValue& payload)
+{
+    KEP_INFO("INFO_LOG", "Set sound output digital settings");
+    return handle(row, payload);
+}
+
+bool kepTVAudio::setAlsaDriverSettings(const SettingsRow& row, const JValue& payload)
+{
+    KEP_INFO("INFO_LOG", "Set driver settings for category %s", row.category);
+    return handle(row, payload);
+}
+
+bool kepTVAudio::setSoundEngineSettings(const SettingsRow& row, const JValue& payload)
+{
+    KEP_INFO("INFO_LOG", "Set sound engine settings for category %s", row.category);
+    return handle(row, payload);
+}
+
+bool kepTVAudio::setAmplifierSettings(const SettingsRow& row, const JValue& payload)
+{
+    KEP_INFO("INFO_LOG", "Set amplifier settings for category %s, value = %s", row.category,
+             payload.stringify().c_str());
+    return handle(row, payload);
+}
+
+bool kepTVAudio::setDelaySettings(const SettingsRow& row, const JValue& payload)
+{
+    KEP_INFO("INFO_LOG", "Set delay settings for category %s", row.category);
+    return handle(row, payload);
+}
+
+bool kepTVAudio::setOtherCategorySettings(const SettingsRow& row, const JValue& payload)
+{
+    KEP_INFO("INFO_LOG", "Set settings for category %s", row.category);
+    return handle(row, payload);
+}
 
 bool kepTVAudio::setSoundConfigSettings(std::string category, JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set config and settings for category %s", category.c_str());
-    if (category == "hardwareConfig")
-        return setHwConfig(payload);
-    if (category == "contiConfig")
-        mStartupConditions.contiConfigReceived = true;
-    else if (category == "modelConfig")
-        mStartupConditions.modelConfigReceived = true;
-    else if (category != "sound")
-        return false; // sic: the dispatcher knows two more
+    return handleInGroup(&kepTVAudio::setSoundConfigSettings, category, payload);
+}
+
+bool kepTVAudio::setSoundOutputDigitalSettings(std::string category, JValue payload)
+{
+    return handleInGroup(&kepTVAudio::setSoundOutputDigitalSettings, category, payload);
+}
+
+bool kepTVAudio::setAlsaDriverSettings(std::string category, JValue payload)
+{
+    return handleInGroup(&kepTVAudio::setAlsaDriverSettings, category, payload);
+}
+
+bool kepTVAudio::setSoundEngineSettings(std::string category, JValue payload)
+{
+    return handleInGroup(&kepTVAudio::setSoundEngineSettings, category, payload);
+}
+
+bool kepTVAudio::setAmplifierSettings(std::string category, JValue payload)
+{
+    return handleInGroup(&kepTVAudio::setAmplifierSettings, category, payload);
+}
+
+bool kepTVAudio::setDelaySettings(std::string category, JValue payload)
+{
+    return handleInGroup(&kepTVAudio::setDelaySettings, category, payload);
+}
+
+bool kepTVAudio::setOtherCategorySettings(std::string category, JValue payload)
+{
+    return handleInGroup(&kepTVAudio::setOtherCategorySettings, category, payload);
+}
+
+// --- Model, hardware and country
+
+bool kepTVAudio::setModelConfig(JValue payload)
+{
+    mStartupConditions.modelConfigReceived = true;
+    return setSoundSettings(payload);
+}
+
+bool kepTVAudio::setContiConfig(JValue payload)
+{
+    mStartupConditions.contiConfigReceived = true;
     return setSoundSettings(payload);
 }
 
@@ -211,7 +385,7 @@ bool kepTVAudio::setSoundSettings(JValue payload)
 bool kepTVAudio::setHwConfig(JValue payload)
 {
     KEP_INFO("INFO_LOG", "Set hwardware config"); // sic
-    constexpr const char* kCountry = "tv.hw.countryType";
+    constexpr const char* kCountry = key::kCountry.name;
     const std::string before = qualityParam(kCountry).value_or("");
     const bool stored =
         mPtrParserInstance->storeParameters(payload, mPtrParserInstance->mQualityParamsMap);
@@ -233,21 +407,11 @@ bool kepTVAudio::setHwConfig(JValue payload)
 
 // --- Digital outputs
 
-bool kepTVAudio::setSoundOutputDigitalSettings(std::string category, JValue payload)
-{
-    KEP_INFO("INFO_LOG", "Set sound output digital settings");
-    if (category == "soundOutputMode")
-        return setSoundOutputModeSettings(payload);
-    if (category == "forceOutput")
-        return setforceOutputSettings(payload);
-    return category == "setMixer" && setMixerSettings(payload);
-}
-
 bool kepTVAudio::setforceOutputSettings(JValue payload)
 {
     KEP_INFO("INFO_LOG", "Set force output settings");
     std::string forced;
-    if (!payload["forceOutputDDPLUS"].asString(forced))
+    if (!payload[key::kForceDdPlus.name].asString(forced))
         return false;
     const bool before = std::exchange(mForcedDDPlus, forced == "true");
     return before == mForcedDDPlus || reapplyDigitalMode();
@@ -257,7 +421,7 @@ bool kepTVAudio::setMixerSettings(JValue payload)
 {
     KEP_INFO("INFO_LOG", "Set mixer settings");
     bool mix = false;
-    if (!payload["mix"].asBool(mix))
+    if (!payload[key::kMix.name].asBool(mix))
         return false;
     const bool before = std::exchange(mMixerFlag, mix);
     return before == mMixerFlag || reapplyDigitalMode();
@@ -266,10 +430,10 @@ bool kepTVAudio::setMixerSettings(JValue payload)
 bool kepTVAudio::setSoundOutputModeSettings(JValue payload)
 {
     KEP_INFO("INFO_LOG", "Set sound output mode settings");
-    const std::string output = payload["soundOutput"].asString();
-    const bool known = std::find(std::begin(kDigitalModeOutputs), std::end(kDigitalModeOutputs),
-                                 output) != std::end(kDigitalModeOutputs);
-    if (!payload.hasKey("mode") || !known) {
+    const std::string output = payload[key::kDigitalModeOutput.name].asString();
+    const kepNames& outputs = key::kDigitalModeOutput.values;
+    const bool known = std::find(outputs.begin(), outputs.end(), output) != outputs.end();
+    if (!payload.hasKey(key::kMode.name) || !known) {
         KEP_ERROR("INVALID_SOUNDOUTPUT", "Invalid SoundOutput for setting digital mode");
         return false;
     }
@@ -278,83 +442,76 @@ bool kepTVAudio::setSoundOutputModeSettings(JValue payload)
 
 // --- Driver
 
-bool kepTVAudio::setAlsaDriverSettings(std::string category, JValue payload)
+bool kepTVAudio::setScmsSettings(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set driver settings for category %s", category.c_str());
-    if (category == "external_arc")
-        return setExternalArcSettings(payload);
-    if (category == "scms") {
-        const std::string copyright = payload["copyright"].asString();
-        KEP_DEBUG("spdif security copyright value is %s", copyright.c_str());
-        return isValidCopyright(copyright) && setSpdifSecurity(copyright);
-    }
-    if (category == "ottAdecMode") {
-        if (!payload.hasKey("isOTTEnable") || !payload.hasKey("isATMOSLockingEnable"))
-            return false;
-        const bool ott = payload["isOTTEnable"].asBool();
-        const bool lock = payload["isATMOSLockingEnable"].asBool();
-        if (ott == mOttEnabled && lock == mAtmosLocked) {
-            KEP_INFO("INFO_LOG", "Not setting Adec Dolby OTTMode since OTTEnable values are same");
-            return true;
-        }
-        if (!setOTTAdecMode(ott, lock))
-            return false;
-        mOttEnabled = ott;
-        mAtmosLocked = lock;
+    const std::string copyright = payload[key::kCopyright.name].asString();
+    KEP_LOG_AS(KEP_HERE.as("setAlsaDriverSettings"), kLogDebug, "",
+               "spdif security copyright value is %s", copyright.c_str());
+    return isValidCopyright(copyright) && setSpdifSecurity(copyright);
+}
+
+bool kepTVAudio::setOttAdecModeSettings(JValue payload)
+{
+    if (!payload.hasKey(key::kIsOttEnable.name) || !payload.hasKey(key::kIsAtmosLocking.name))
+        return false;
+    const bool ott = payload[key::kIsOttEnable.name].asBool();
+    const bool lock = payload[key::kIsAtmosLocking.name].asBool();
+    if (ott == mOttEnabled && lock == mAtmosLocked) {
+        KEP_LOG_AS(KEP_HERE.as("setAlsaDriverSettings"), kLogInfo, "INFO_LOG",
+                   "Not setting Adec Dolby OTTMode since OTTEnable values are same");
         return true;
     }
-    return category == "powerState" && setQNSoundbarState(payload);
+    if (!setOTTAdecMode(ott, lock))
+        return false;
+    mOttEnabled = ott;
+    mAtmosLocked = lock;
+    return true;
 }
 
 bool kepTVAudio::setExternalArcSettings(JValue payload)
 {
     KEP_INFO("INFO_LOG", "Set external arc settings");
-    const std::string activation = payload["arcActivation"].asString();
+    const std::string activation = payload[key::kArcActivation.name].asString();
     bool done = true; // a step that fails does not stop the next ones
-    for (const ArcActivation& row : kArcActivations)
+    for (const key::ArcActivation& row : key::kArcActivations) // other texts switch nothing
         if (activation == row.name)
             done = setArcOnOff(row.arc, row.earc);
     std::string profile;
-    if (payload["arcProfile"].asString(profile)) {
+    if (payload[key::kArcProfile.name].asString(profile)) {
         const std::string before = std::exchange(mArcProfile, profile);
         if (before != profile)
             done = reapplyDigitalMode() && done;
         setAtmosEncodeForARCProfile(profile, activation);
     }
-    if (payload["earcCapability"].isArray()) {
-        done = updateEarcCapability(payload["earcCapability"]) && done;
+    if (payload[key::kEarcCapability.name].isArray()) {
+        done = updateEarcCapability(payload[key::kEarcCapability.name]) && done;
         done =
             mPtrParserInstance->storeParameters(payload, mPtrParserInstance->mQualityParamsMap) &&
             done;
     }
     bool atmos = false;
-    if (payload["earcATMOS"].asBool(atmos))
+    if (payload[key::kEarcAtmos.name].asBool(atmos))
         setAtmosEncodeForEARCProfile(atmos, activation);
     return done;
 }
 
 // --- Other categories
 
-bool kepTVAudio::setOtherCategorySettings(std::string category, JValue payload)
+bool kepTVAudio::setOptionSettings(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set settings for category %s", category.c_str());
-    if (category == "picture")
-        return setPictureSettings(payload);
-    if (category == "option") {
-        mPtrTVSoundEngine->setOptionCategorySettings(payload);
-        return true;
-    }
-    if (category == "dimension")
-        return true;
-    if (category == "smartSoundMode")
-        return setSoundSettings(payload);
-    return category == "other" && setOtherSettings(payload);
+    mPtrTVSoundEngine->setOptionCategorySettings(payload);
+    return true;
+}
+
+bool kepTVAudio::acceptSettings(JValue)
+{
+    return true;
 }
 
 bool kepTVAudio::setOtherSettings(JValue payload)
 {
     bool supported = false;
-    if (!payload["supportBnoModel"].asBool(supported))
+    if (!payload[key::kSupportBnoModel.name].asBool(supported))
         return false;
     setSupportBnoModel(supported);
     return reapplyDigitalMode();
@@ -363,7 +520,7 @@ bool kepTVAudio::setOtherSettings(JValue payload)
 bool kepTVAudio::setActivateWisa(JValue payload)
 {
     bool activated = false;
-    if (!payload["activateWisa"].asBool(activated)) {
+    if (!payload[key::kActivateWisa.name].asBool(activated)) {
         KEP_ERROR("ERROR_LOG", "activateWisa key is not available");
         return false;
     }
@@ -373,25 +530,13 @@ bool kepTVAudio::setActivateWisa(JValue payload)
 
 // --- Sound engine
 
-bool kepTVAudio::setSoundEngineSettings(std::string category, JValue payload)
-{
-    KEP_INFO("INFO_LOG", "Set sound engine settings for category %s", category.c_str());
-    if (category == "audioEQ")
-        return setEqualizerSettings(payload);
-    if (category == "soundEngine")
-        return setSoundEngineStatus(payload);
-    if (category == "magicSpaceSound")
-        return mPtrTVSoundEngine->setMagicSpaceSound(payload);
-    return setDolbyAtmosSettings(category, payload);
-}
-
 bool kepTVAudio::setEqualizerSettings(JValue payload)
 {
-    if (!payload.hasKey("status")) {
+    if (!payload.hasKey(key::kStatus.name)) {
         KEP_ERROR("INVALID_PARAMETER", "status value not present for audioEQ category");
         return false;
     }
-    const std::string status = payload["status"].asString();
+    const std::string status = payload[key::kStatus.name].asString();
     if (status != "on" && status != "off") {
         KEP_ERROR("INVALID_PARAMETER", "Invalid status %s for setting setEqualizerStatus",
                   status.c_str());
@@ -403,11 +548,11 @@ bool kepTVAudio::setEqualizerSettings(JValue payload)
 
 bool kepTVAudio::setSoundEngineStatus(JValue payload)
 {
-    if (!payload.hasKey("status")) {
+    if (!payload.hasKey(key::kStatus.name)) {
         KEP_ERROR("INVALID_PARAMETER", "status value not present for soundEngine category");
         return false;
     }
-    const std::string status = payload["status"].asString();
+    const std::string status = payload[key::kStatus.name].asString();
     if (status != "on" && status != "off") {
         KEP_ERROR("INVALID_PARAMETER", "Invalid status %s for setting soundEngineStatus",
                   status.c_str());
@@ -416,63 +561,89 @@ bool kepTVAudio::setSoundEngineStatus(JValue payload)
     return mPtrTVSoundEngine->setSoundEngineStatus(status);
 }
 
+bool kepTVAudio::setMagicSpaceSound(JValue payload)
+{
+    return mPtrTVSoundEngine->setMagicSpaceSound(payload);
+}
+
 bool kepTVAudio::setDolbyAtmosSettings(std::string category, JValue payload)
 {
-    if (category == "dolbyAtmos") {
-        std::string state;
-        return payload["atmosState"].asString(state) && mPtrTVSoundEngine->setDolbyAtmos(state);
-    }
-    if (category != "forcedDolbyAtmos" || !payload.hasKey("forcedDolbyAtmos"))
+    const SettingsRow* row = findSettings(category);
+    const bool known = row != nullptr && (row->handler == &kepTVAudio::setDolbyAtmosState ||
+                                          row->handler == &kepTVAudio::setForcedDolbyAtmos);
+    return known && (this->*row->handler)(payload);
+}
+
+bool kepTVAudio::setDolbyAtmosState(JValue payload)
+{
+    std::string state;
+    return payload[key::kAtmosState.name].asString(state) &&
+           mPtrTVSoundEngine->setDolbyAtmos(state);
+}
+
+bool kepTVAudio::setForcedDolbyAtmos(JValue payload)
+{
+    if (!payload.hasKey(key::kForcedDolbyAtmos.name))
         return false;
     bool forced = false;
     // sic: the key alone counts as success
-    return !payload["forcedDolbyAtmos"].asBool(forced) ||
+    return !payload[key::kForcedDolbyAtmos.name].asBool(forced) ||
            mPtrTVSoundEngine->setForcedDolbyAtmos(forced);
 }
 
 // --- Amplifier
 
-bool kepTVAudio::setAmplifierSettings(std::string category, JValue payload)
+bool kepTVAudio::setAmplifierType(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set amplifier settings for category %s, value = %s", category.c_str(),
-             payload.stringify().c_str());
-    if (category == "amplifier") {
-        if (!mPtrTVAmplifier->updateAmplifierType(payload))
-            return false;
-        KEP_DEBUG("successfully updated amplifier type");
-        return true;
-    }
-    if (category == "prepareResume") {
-        mIsPrepareResume = true;
-        return mPtrTVAmplifier->setAmplifierResume();
-    }
-    if (category == "amplifierState")
-        return mPtrTVAmplifier->setAmplifierState(payload);
-    if (category == "writeI2cDataToAmplifier")
-        return mPtrTVAmplifier->writeI2cDataToAmplifier(payload);
-    return category == "prepareAmplifierSuspend" && mPtrTVAmplifier->setAmplifierSuspend();
+    if (!mPtrTVAmplifier->updateAmplifierType(payload))
+        return false;
+    KEP_LOG_AS(KEP_HERE.as("setAmplifierSettings"), kLogDebug, "",
+               "successfully updated amplifier type");
+    return true;
+}
+
+bool kepTVAudio::prepareResume(JValue)
+{
+    mIsPrepareResume = true;
+    return mPtrTVAmplifier->setAmplifierResume();
+}
+
+bool kepTVAudio::prepareAmplifierSuspend(JValue)
+{
+    return mPtrTVAmplifier->setAmplifierSuspend();
+}
+
+bool kepTVAudio::setAmplifierState(JValue payload)
+{
+    return mPtrTVAmplifier->setAmplifierState(payload);
+}
+
+bool kepTVAudio::writeI2cDataToAmplifier(JValue payload)
+{
+    return mPtrTVAmplifier->writeI2cDataToAmplifier(payload);
 }
 
 // --- Delay
 
-bool kepTVAudio::setDelaySettings(std::string category, JValue payload)
+bool kepTVAudio::setAudioVideoSync(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set delay settings for category %s", category.c_str());
-    if (category == "offsetDelay")
-        return mPtrTVDelay->setOffsetDelay(payload);
-    if (category != "audioVideoSync")
-        return false;
-    if (!payload.hasKey("correctionValue")) {
-        KEP_ERROR("INVALID_PARAMETER",
-                  "status value not present for audioVideoSync category"); // sic
+    if (!payload.hasKey(key::kCorrectionValue.name)) {
+        KEP_LOG_AS(KEP_HERE.as("setDelaySettings"), kLogError, "INVALID_PARAMETER",
+                   "status value not present for audioVideoSync category"); // sic
         return false;
     }
-    return mPtrTVDelay->setAudioVideoSync(payload["correctionValue"].asNumber<std::int32_t>());
+    return mPtrTVDelay->setAudioVideoSync(
+        payload[key::kCorrectionValue.name].asNumber<std::int32_t>());
+}
+
+bool kepTVAudio::setOffsetDelay(JValue payload)
+{
+    return mPtrTVDelay->setOffsetDelay(payload);
 }
 
 bool kepTVAudio::setPictureSettings(JValue payload)
 {
-    constexpr const char* kLevel = "memcDelayLevel";
+    constexpr const char* kLevel = key::kMemcDelayLevel.name;
     KEP_INFO("INFO_LOG", "Set picture settings for %s", payload.stringify().c_str());
     std::string level;
     if (!payload[kLevel].asString(level))
@@ -508,7 +679,7 @@ bool kepTVAudio::setQualityAttributeSettings(JValue payload)
     mPtrTVAmplifier->setAmplifierSettings(payload);
     mPtrTVGain->setGainSettings(payload);
     mPtrTVDelay->setDelaySettings(payload);
-    if (!payload.hasKey("soundOutputDigital") || payload.size() != 1)
+    if (!payload.hasKey(key::kSoundOutputDigital.name) || payload.size() != 1)
         return true;
     const std::string mode = getSoundOutputDigitalMode();
     if (!setSoundOutputDigital(mode)) {
