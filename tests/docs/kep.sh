@@ -67,6 +67,7 @@ expect errors 'type: sudo apt-get update && sudo apt-get install --no-install-re
 
 # --- Progress while they are installed; what apt-get says when it fails
 fake id 'echo 0'
+# shellcheck disable=SC2016 # the fake program expands it
 fake apt-get 'case $1 in update) exit ;; esac
 echo "0 upgraded, 2 newly installed, 0 to remove and 0 not upgraded."
 for package in a b; do echo "Unpacking $package"; echo "Setting up $package"; done'
