@@ -42,7 +42,7 @@ inline constexpr kepRequestType kConnectionReport{
     "", "both, when the policy connects; succeeds always"};
 inline constexpr kepRequestType kRequestTypes[] = {kAudioReport, kVideoReport, kConnectionReport};
 
-// With the driver's numbers.
+// With numbers from the driver's list; nothing derives them.
 inline constexpr kepNamedNumber kCategoryCodes[] = {{100, "ATSC"}, {4, "ARIB"}, {12, "DVB"}};
 inline constexpr kepNamedNumber kCopyrights[] = {
     {1, "free"}, {2, "no_more"}, {4, "once"}, {8, "never"}};

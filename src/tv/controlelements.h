@@ -68,4 +68,4 @@ inline constexpr kepControlElement kControlElements[] = {
 // clang-format on
 
 /// The first integer of "Sndout Optic QN", but for the one write that opens the output.
-inline constexpr std::int32_t kOpticQnKey = 0xF048A6; // sic
+inline constexpr std::int32_t kOpticQnKey = 0xF048A6; // sic; of the driver

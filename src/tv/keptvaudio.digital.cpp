@@ -21,6 +21,7 @@ struct DigitalModes {
 namespace
 {
 
+// From the driver's list; nothing derives them.
 // clang-format off
 constexpr DigitalModes kOpticPassThrough    = {.forced =  0, .japanMixed = 3, .japan =  8, .mixed = 2, .plain =  7};
 constexpr DigitalModes kOpticAuto           = {.forced =  6, .japanMixed = 5, .japan =  3, .mixed = 4, .plain =  2};

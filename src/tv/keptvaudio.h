@@ -22,7 +22,7 @@
 
 struct _snd_hctl; // libasound's control handle
 
-/// Codec types of the driver's eARC output.
+/// Codec types of the driver's eARC output, by its own numbers.
 enum sndout_earc_output_codec_type : std::uint32_t {
     SNDOUT_EARC_PCM = 1,
     SNDOUT_EARC_DD = 2,
