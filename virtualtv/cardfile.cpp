@@ -47,12 +47,13 @@ std::int64_t wholeNumber(const JValue& value, std::int64_t minimum, std::int64_t
     return number;
 }
 
-std::string text(const JValue& value, std::size_t maxBytes)
+std::string text(const JValue& value, std::size_t minBytes, std::size_t maxBytes)
 {
     std::string result;
-    if (!value.asString(result) || result.empty() || result.size() > maxBytes ||
+    if (!value.asString(result) || result.size() < minBytes || result.size() > maxBytes ||
         result.find('\0') != std::string::npos)
-        throw BadTable("must be a string of 1 to " + std::to_string(maxBytes) + " bytes");
+        throw BadTable("must be a string of " + std::to_string(minBytes) + " to " +
+                       std::to_string(maxBytes) + " bytes");
     return result;
 }
 
@@ -159,6 +160,15 @@ std::int64_t bound(const Element& element, const JValue& value, std::int64_t nat
                                    : wholeNumber(value, natural, natural);
 }
 
+std::string itemName(const JValue& value)
+{
+    try {
+        return text(value, 0, kMaxItemName);
+    } catch (const BadTable& fault) {
+        throw BadTable("are names, and each " + std::string{fault.what()});
+    }
+}
+
 void setItems(Element& element, const JValue& value)
 {
     if (element.type != ElementType::Enumerated)
@@ -166,7 +176,7 @@ void setItems(Element& element, const JValue& value)
     if (!value.isArray() || value.size() == 0)
         throw BadTable("must be an array of strings");
     for (const JValue& item : value.elements())
-        element.items.push_back(text(item, kMaxItemName));
+        element.items.push_back(itemName(item));
     element.maximum = static_cast<std::int64_t>(element.items.size()) - 1;
 }
 
@@ -232,7 +242,7 @@ bool ifEnumerated(const Element& element)
 // clang-format off
 constexpr Key kKeys[] = {
     {"name", always,
-     [](Element& element, const JValue& value) { element.name = text(value, kMaxElementName); },
+     [](Element& element, const JValue& value) { element.name = text(value, 1, kMaxElementName); },
      [](const Element& element) { return JValue{element.name}; }},
     {"iface", never,
      [](Element& element, const JValue& value) { element.interface = ElementInterface(word(value, kInterfaces)); },
@@ -332,7 +342,7 @@ Card cardOf(const JValue& table)
     refuseOtherKeys(table, kCardKeys);
     Card card;
     try {
-        card.name = text(table["card"], kMaxCardName);
+        card.name = text(table["card"], 1, kMaxCardName);
     } catch (const BadTable& fault) {
         throw BadTable("\"card\" " + std::string{fault.what()});
     }

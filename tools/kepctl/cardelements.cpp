@@ -52,8 +52,7 @@ void addElements(const std::string& card, std::vector<CardElement>& elements)
         return;
     if (snd_ctl_elem_list(control.get(), list) >= 0)
         for (unsigned int i = 0; i < snd_ctl_elem_list_get_used(list); ++i)
-            if (snd_ctl_elem_list_get_interface(list, i) == SND_CTL_ELEM_IFACE_MIXER)
-                elements.push_back(describe(control.get(), card, list, i));
+            elements.push_back(describe(control.get(), card, list, i));
     snd_ctl_elem_list_free_space(list);
 }
 

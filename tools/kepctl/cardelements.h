@@ -17,6 +17,6 @@ struct CardElement {
 /// The cards that the library opens in its shipped configurations.
 const std::vector<std::string>& cardNames();
 
-/// The mixer elements of these cards, read once: a fault that is planted later does not hide them.
+/// The elements of these cards, read once: a fault that is planted later does not hide them.
 /// Empty when no card can be opened.
 const std::vector<CardElement>& cardElements();

@@ -4,6 +4,7 @@
 
 #include <iostream>
 
+#include "cardcommand.h"
 #include "closest.h"
 #include "environmentcommand.h"
 #include "help.h"
@@ -22,9 +23,14 @@ constexpr Command kCommands[] = {
      "2 unusable options, a bad script line, or output that could not be written.\n"
      "\"kepctl help script\" explains the lines, \"kepctl help trace\" what comes out.",
      &runScripts},
-    {"env", kEnv, "", "shell exports with which amixer, alsamixer and the like see the virtual cards",
+    {"env", kEnv, "[OPTION]...", "shell exports with which amixer, alsamixer and the like see the virtual cards",
      "Use it as in: eval \"$(kepctl env)\"; amixer -D hw:0 contents",
      &printEnvironment},
+    {"card", kCard, "[OPTION]... dump [NAME]", "what a card offers, as a card table (JSON); default hw:0",
+     "Any card that libasound opens will do: kepctl card dump hw:0 > card.json on one machine,\n"
+     "kepctl run --card card.json, or eval \"$(kepctl env --card card.json)\", on another. Without\n"
+     "--card the machine's own cards are asked, unless the environment says otherwise.",
+     &card},
     {"list", kList, "[OPTION]... WHAT", "what there is by name, with arguments, types and ranges",
      nullptr,
      &list},

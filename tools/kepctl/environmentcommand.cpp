@@ -9,11 +9,14 @@
 #include "commands.h"
 #include "environment.h"
 #include "output.h"
+#include "session.h"
 
 int printEnvironment(const Options& options)
 {
     if (!options.words.empty())
         return unusable("env takes no arguments, not \"" + options.words.front() + "\"");
+    if (const std::string problem = chooseCard(options); !problem.empty())
+        return unusable(problem);
     for (const auto& [name, value] : virtualtv::environment()) {
         const std::unique_ptr<gchar, decltype(&g_free)> quoted{g_shell_quote(value.c_str()),
                                                                g_free};

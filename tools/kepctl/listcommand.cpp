@@ -269,7 +269,8 @@ int list(const Options& options)
     for (const List& list : kLists) {
         if (word != list.name)
             continue;
-        enterTelevision(options);
+        if (const std::string problem = enterTelevision(options); !problem.empty())
+            return unusable(problem);
         for (const Format& format : kFormats)
             if (options.format == format.name)
                 output::print(format.write(list, list.rows()));

@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr unsigned kPlaying = kRun | kShell;
+constexpr unsigned kWithCards = kPlaying | kEnv | kCard | kList;
 
 // clang-format off
 constexpr OptionRow kOptions[] = {
@@ -22,7 +23,7 @@ constexpr OptionRow kOptions[] = {
     {"log-level",  "3|4|6|7",             kPlaying,            &Options::logLevel, nullptr,            "level that the log admits: error, warning, info (default), debug"},
     {"strict",     nullptr,               kRun,                nullptr,            &Options::strict,   "exit 1 when a call of the script gave a failure code"},
     {"hardware",   nullptr,               kPlaying,            nullptr,            &Options::hardware, "use the machine's own cards instead of the virtual ones"},
-    {"card",       "FILE",                kPlaying | kList,    &Options::card,     nullptr,            "the virtual hw:0 has the elements of that card table"},
+    {"card",       "FILE",                kWithCards,          &Options::card,     nullptr,            "the virtual hw:0 has the elements of that card table"},
     {"check",      nullptr,               kRun,                nullptr,            &Options::check,    "only check the scripts, play nothing"},
     {"explain",    nullptr,               kPlaying,            nullptr,            &Options::explain,  "text: name the integers of driver writes"},
     {"time",       nullptr,               kPlaying,            nullptr,            &Options::time,     "show the milliseconds since the start"},

@@ -36,7 +36,8 @@ int runScripts(const Options& options)
         return unusable("no script given; \"-\" reads standard input");
     if (const std::string fault = faultOf(presentationOf(options)); !fault.empty())
         return unusable(fault);
-    enterTelevision(options);
+    if (const std::string problem = enterTelevision(options); !problem.empty())
+        return unusable(problem);
     Scripts scripts;
     if (!readAll(options, scripts))
         return kUnusable;

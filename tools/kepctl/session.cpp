@@ -7,6 +7,7 @@
 
 #include <alsa/asoundlib.h>
 
+#include "cards.h"
 #include "environment.h"
 #include "loglevels.h"
 
@@ -33,8 +34,19 @@ Presentation presentationOf(const Options& options)
             .noClocks = options.noClocks};
 }
 
-void enterTelevision(const Options& options)
+std::string chooseCard(const Options& options)
 {
+    if (!options.card.empty() && options.hardware)
+        return "--card makes a virtual card, which --hardware leaves out";
+    if (!options.card.empty())
+        virtualtv::chooseCardFile(options.card);
+    return options.hardware ? "" : virtualtv::cards().problem;
+}
+
+std::string enterTelevision(const Options& options)
+{
+    if (std::string problem = chooseCard(options); !problem.empty())
+        return problem;
     const std::string config =
         !options.config.empty() ? options.config : (dataDirectory() / options.backend).string();
     setenv("KEP_CONFIG_DIR", config.c_str(), /*overwrite=*/1);
@@ -42,6 +54,7 @@ void enterTelevision(const Options& options)
         virtualtv::enter();
     snd_lib_error_set_handler(&ignoreAlsaMessage); // the library logs what matters of it
     admitLogLevel(std::stoi(options.logLevel));
+    return "";
 }
 
 Trace& startTrace(const Options& options)

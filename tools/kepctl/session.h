@@ -2,15 +2,21 @@
 // The library, the virtual television and the trace, set up as the options say.
 #pragma once
 
+#include <string>
+
 #include "options.h"
 #include "presentation.h"
 #include "trace.h"
 
 Presentation presentationOf(const Options& options);
 
+/// Makes the virtual card of the card table that the options, or else the environment, name. What
+/// is wrong with it, "" when nothing is.
+[[nodiscard]] std::string chooseCard(const Options& options);
+
 /// Sets the process up for requests: configuration, cards, log level. To be called once, before
-/// libasound is used.
-void enterTelevision(const Options& options);
+/// libasound is used. What is wrong with the card table, "" when nothing is.
+[[nodiscard]] std::string enterTelevision(const Options& options);
 
 /// Starts to show what happens; lives until the process ends, as there are events until then.
 Trace& startTrace(const Options& options);

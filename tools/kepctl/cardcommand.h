@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+// kepctl card.
+#pragma once
+
+#include "options.h"
+
+int card(const Options& options);
