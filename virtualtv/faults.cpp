@@ -28,6 +28,8 @@ Faults& theFaults()
 
 std::atomic<bool> gAnyInjection{false}; // spares the lock as long as nothing is planted
 
+thread_local int gWithout = 0; // WithoutInjections of this thread
+
 bool matches(const Injection& injection, FaultPoint point, std::string_view name,
              std::string_view card)
 {
@@ -72,9 +74,27 @@ void clearInjections()
     gAnyInjection = false;
 }
 
+std::vector<Injection> injectionsInForce()
+{
+    const std::lock_guard lock{theFaults().guard};
+    std::vector<Injection> inForce = theFaults().injections;
+    std::erase_if(inForce, [](const Injection& injection) { return injection.times == 0U; });
+    return inForce;
+}
+
+WithoutInjections::WithoutInjections()
+{
+    ++gWithout;
+}
+
+WithoutInjections::~WithoutInjections()
+{
+    --gWithout;
+}
+
 int injectedStatus(FaultPoint point, std::string_view name, std::string_view card)
 {
-    if (!gAnyInjection.load(std::memory_order_relaxed))
+    if (!gAnyInjection.load(std::memory_order_relaxed) || gWithout > 0)
         return 0;
     const Answer answer = answerTo(point, name, card);
     if (answer.delayMs > 0)

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "virtualtvexport.h"
 
@@ -26,6 +27,18 @@ struct Injection {
 
 VIRTUALTV_EXPORT void inject(Injection injection);
 VIRTUALTV_EXPORT void clearInjections();
+/// Those that are not used up, oldest first; "times" is how often they still hold.
+VIRTUALTV_EXPORT std::vector<Injection> injectionsInForce();
+
+/// While one lives, nothing that its thread does meets an injection, or uses one up.
+class VIRTUALTV_EXPORT WithoutInjections
+{
+public:
+    WithoutInjections();
+    ~WithoutInjections();
+    WithoutInjections(const WithoutInjections&) = delete;
+    WithoutInjections& operator=(const WithoutInjections&) = delete;
+};
 
 /// The status that this access has to answer: that of the oldest matching injection still in force,
 /// which this access uses up once; 0 when there is none. Returns when the answer is due; other

@@ -279,3 +279,32 @@ TEST(Faults, ALateAnswerKeepsNoOtherAccessWaiting)
     late.join();
     EXPECT_LT(longest, kDelay / 2);
 }
+
+// --- Looking without meeting one
+
+TEST(Faults, ThoseInForceAreListedFromTheOldest)
+{
+    injectWrite(-5, 2);
+    injectWrite(-16, 1, "Master Playback Volume");
+    injectWrite(-19);
+    EXPECT_EQ(statusesOfWrites(1), std::vector{-5});
+    EXPECT_EQ(statusesOfWrites(1, "Master Playback Volume"), std::vector{-16});
+    const std::vector<virtualtv::Injection> inForce = virtualtv::injectionsInForce();
+    ASSERT_EQ(inForce.size(), 2U);
+    EXPECT_EQ(inForce[0].status, -5);
+    EXPECT_EQ(inForce[0].times, 1U);
+    EXPECT_EQ(inForce[1].status, -19);
+    EXPECT_EQ(inForce[1].times, std::nullopt);
+}
+
+TEST(Faults, AThreadCanLookWithoutMeetingOne)
+{
+    injectWrite(-5, 1);
+    {
+        const virtualtv::WithoutInjections looking;
+        EXPECT_THAT(statusesOfWrites(2), ElementsAre(0, 0));
+        std::thread{[] { EXPECT_THAT(statusesOfWrites(2), ElementsAre(-5, 0)); }}.join();
+    }
+    injectWrite(-16, 1);
+    EXPECT_THAT(statusesOfWrites(2), ElementsAre(-16, 0));
+}
