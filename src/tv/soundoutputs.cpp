@@ -56,7 +56,7 @@ using On = PowerStateMute;
 
 constexpr SoundOutput kSoundOutputs[] = {
     // output                    names                                         description                               select.  type  single            members                                             last first  afresh  volume            mute              power state
-    {KEP_AUDIO_SPK,             {"tv_speaker"},                                "television speaker",                     true,      1,  &kSpeaker,        {},                                                 false,      false,  By::Speaker,      By::Speaker,      On::Speaker},
+    {KEP_AUDIO_SPK,             {"tv_speaker"},                                "speaker",                                true,      1,  &kSpeaker,        {},                                                 false,      false,  By::Speaker,      By::Speaker,      On::Speaker},
     {KEP_AUDIO_SPDIF,           {"external_speaker", "external_optical"},      "optical",                                true,      2,  &kOptical,        {},                                                 false,      false,  By::None,         By::Unsupported,  On::Optical}, // sic: a volume passes without a line
     {KEP_AUDIO_SPK_SPDIF,       {"tv_speaker_external", "tv_external_speaker"}, "television speaker and optical",        true,      0,  nullptr,          {KEP_AUDIO_SPK, KEP_AUDIO_SPDIF},                   true,       false,  By::Speaker,      By::Speaker,      On::Speaker},
     {KEP_AUDIO_SPK_HP,          {"tv_speaker_headphone"},                      "television speaker and headphone",       true,      0,  nullptr,          {KEP_AUDIO_SPK, KEP_AUDIO_HP},                      false,      false,  By::Speaker,      By::Speaker,      On::Headphone},

@@ -22,6 +22,7 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 using testing::MatchesRegex;
 using testing::Not;
 using testing::SizeIs;
@@ -236,6 +237,37 @@ TEST(TextLayout, ALineFeedBeginsAnIndentedLine)
 TEST(TextLayout, ControlCharactersAreSpelledOut)
 {
     EXPECT_EQ(printable("a\tb\033[1m\x7f\n\u00e9"), "a\\x09b\\x1b[1m\\x7f\n\u00e9");
+}
+
+// --- Driver writes in words
+
+TEST_F(Kepctl, ExplainNamesTheIntegersOfDriverWrites)
+{
+    const std::string content = kInitialize +
+                                R"({"call": "setSoundOutput", "args": ["tv_speaker"]})"
+                                "\n"
+                                R"({"call": "setSoundOutput", "args": ["external_arc"]})"
+                                "\n"
+                                R"({"call": "connectInput", "args": ["ADEC1", "MAIN", {}]})"
+                                "\n";
+    const Execution outcome = kepctl({"run", "--explain", "--only=control", script(content)});
+    EXPECT_THAT(linesOf(outcome.output),
+                IsSupersetOf({
+                    "    hw:0        Sndout Connect: speaker, mixer block, port 5  (1 16 5)",
+                    "    hw:0        Mute Output: speaker, unmuted  (1 0)",
+                    "    hw:0        Sndout MainAudio Output: decoder block, port 1  (1 1)",
+                }));
+    const std::string plain = kepctl({"run", "--only=control", script(content)}).output;
+    EXPECT_THAT(linesOf(plain), Contains("    hw:0        Sndout Connect = 1 16 5"));
+    EXPECT_EQ(
+        kepctl({"run", "--explain", "--format=jsonl", "--only=control", script(content)}).output,
+        kepctl({"run", "--format=jsonl", "--only=control", script(content)}).output);
+}
+
+TEST_F(Kepctl, AnElementWithoutExplanationIsShownAsItIs)
+{
+    EXPECT_THAT(playAsText(kInitialize + kVolume40, {"--explain"}).output,
+                HasSubstr("    default     Master Playback Volume = 40\n"));
 }
 
 // --- Which events

@@ -11,6 +11,7 @@
 #include "listcommand.h"
 #include "output.h"
 #include "runcommand.h"
+#include "shell.h"
 
 namespace
 {
@@ -23,6 +24,12 @@ constexpr Command kCommands[] = {
      "2 unusable options, a bad script line, or output that could not be written.\n"
      "\"kepctl help script\" explains the lines, \"kepctl help trace\" what comes out.",
      &runScripts},
+    {"shell", kShell, "[OPTION]...", "the same, typed by hand, with history and completion",
+     "Script lines in full, or short: setOutputVolume tv_speaker 12; wait 5100. Strings need no\n"
+     "quotes, Tab completes, timers run while one types; :help tells the rest. The history is kept\n"
+     "in kepctl/history in $XDG_STATE_HOME (~/.local/state). From a pipe, lines are taken as they\n"
+     "come; exit status 2 when one of them was no good.",
+     &runShell},
     {"env", kEnv, "[OPTION]...", "shell exports with which amixer, alsamixer and the like see the virtual cards",
      "Use it as in: eval \"$(kepctl env)\"; amixer -D hw:0 contents",
      &printEnvironment},

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "explain.h"
 #include "loglevels.h"
 
 namespace
@@ -169,6 +170,29 @@ std::unique_ptr<EventWriter> withoutClocks(std::unique_ptr<EventWriter> next)
             for (const char* key : kVaryingPairs)
                 if (pairs.hasKey(key))
                     pairs.put(key, "0");
+            return true;
+        },
+        std::move(next));
+}
+
+std::unique_ptr<EventWriter> explaining(std::unique_ptr<EventWriter> next)
+{
+    return filtered(
+        [](JValue& event) {
+            const std::string meaning = explained(event["element"].asString(), event["values"]);
+            if (!meaning.empty())
+                event.put("meaning", meaning);
+            return true;
+        },
+        std::move(next));
+}
+
+std::unique_ptr<EventWriter> announcing(std::function<void()> announce,
+                                        std::unique_ptr<EventWriter> next)
+{
+    return filtered(
+        [announce = std::move(announce)](const JValue&) {
+            announce();
             return true;
         },
         std::move(next));

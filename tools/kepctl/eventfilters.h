@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -28,3 +29,8 @@ std::unique_ptr<EventWriter> selecting(const EventSelection& selection,
 std::unique_ptr<EventWriter> timing(bool clocks, std::unique_ptr<EventWriter> next);
 /// Writes 0 for the clocks and thread ids that log texts and pairs carry.
 std::unique_ptr<EventWriter> withoutClocks(std::unique_ptr<EventWriter> next);
+/// Adds what the integers of driver writes stand for, as "meaning".
+std::unique_ptr<EventWriter> explaining(std::unique_ptr<EventWriter> next);
+/// Calls `announce` before each event.
+std::unique_ptr<EventWriter> announcing(std::function<void()> announce,
+                                        std::unique_ptr<EventWriter> next);

@@ -15,17 +15,22 @@ std::string faultOf(const Presentation& presentation)
     return presentation.only.empty() ? "" : parseSelection(presentation.only, selection);
 }
 
-std::unique_ptr<EventWriter> makeWriter(const Presentation& presentation)
+std::unique_ptr<EventWriter> makeWriter(const Presentation& presentation,
+                                        std::function<void()> announce)
 {
     const bool text = presentation.format == "text";
     std::unique_ptr<EventWriter> writer =
         text ? makeTextWriter(
                    {.colour = wantsColour(presentation.colour), .time = presentation.time})
              : makeJsonLinesWriter();
+    if (announce)
+        writer = announcing(std::move(announce), std::move(writer));
     if (presentation.time)
         writer = timing(!presentation.noClocks, std::move(writer));
     if (presentation.noClocks)
         writer = withoutClocks(std::move(writer));
+    if (presentation.explain && text)
+        writer = explaining(std::move(writer));
     EventSelection selection;
     if (!presentation.only.empty() && parseSelection(presentation.only, selection).empty())
         writer = selecting(selection, std::move(writer));

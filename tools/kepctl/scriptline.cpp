@@ -7,11 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include <glib.h>
-
 #include "badline.h"
 #include "faults.h"
 #include "loglevels.h"
+#include "mainloop.h"
 #include "scriptgrammar.h"
 #include "television.h"
 
@@ -21,20 +20,6 @@ namespace
 using Step = std::function<void()>;
 
 // --- {"wait": milliseconds}
-
-void runMainLoop(unsigned int milliseconds)
-{
-    GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
-    g_timeout_add(
-        milliseconds,
-        [](gpointer data) -> gboolean {
-            g_main_loop_quit(static_cast<GMainLoop*>(data));
-            return G_SOURCE_REMOVE;
-        },
-        loop);
-    g_main_loop_run(loop);
-    g_main_loop_unref(loop);
-}
 
 Step prepareWait(const JsonNode& node)
 {

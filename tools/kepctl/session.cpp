@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 #include <alsa/asoundlib.h>
 
@@ -30,6 +31,7 @@ Presentation presentationOf(const Options& options)
     return {.format = options.format,
             .colour = options.color,
             .only = options.only,
+            .explain = options.explain,
             .time = options.time,
             .noClocks = options.noClocks};
 }
@@ -57,9 +59,9 @@ std::string enterTelevision(const Options& options)
     return "";
 }
 
-Trace& startTrace(const Options& options)
+Trace& startTrace(const Options& options, std::function<void()> announce)
 {
     static Trace* const trace = // never destroyed: the backends still log when static objects are
-        new Trace{makeWriter(presentationOf(options))};
+        new Trace{makeWriter(presentationOf(options), std::move(announce))};
     return *trace;
 }

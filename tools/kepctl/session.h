@@ -2,6 +2,7 @@
 // The library, the virtual television and the trace, set up as the options say.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "options.h"
@@ -18,5 +19,6 @@ Presentation presentationOf(const Options& options);
 /// libasound is used. What is wrong with the card table, "" when nothing is.
 [[nodiscard]] std::string enterTelevision(const Options& options);
 
-/// Starts to show what happens; lives until the process ends, as there are events until then.
-Trace& startTrace(const Options& options);
+/// Starts to show what happens, and calls `announce` before each event; lives until the process
+/// ends, as there are events until then.
+Trace& startTrace(const Options& options, std::function<void()> announce = {});

@@ -111,7 +111,10 @@ Line describeControl(const JValue& event)
         return withStatus(effect(card, event["stage"].asString()), event);
     const std::string element = event["element"].asString();
     const std::string values = joined(event["values"], " ");
-    return withStatus(effect(card, element + " = " + values), event);
+    const std::string write = event.hasKey("meaning")
+                                  ? event["meaning"].asString() + "  (" + values + ")"
+                                  : element + " = " + values;
+    return withStatus(effect(card, write), event);
 }
 
 Line describeMiddleware(const JValue& event)
