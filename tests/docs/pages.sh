@@ -111,7 +111,7 @@ for page in $pages; do
     grep -o '](\([^)#]*\)' "$page" | sed 's/](//' | while read -r link; do
         case $link in
         http* | "") ;;
-        *) [ -e "$(dirname "$page")/$link" ] || fail "$page: $link does not exist" ;;
+        *) [ -e "$(dirname "$page")/${link%%#*}" ] || fail "$page: $link does not exist" ;;
         esac
     done
 done
