@@ -137,7 +137,8 @@ public:
     /// The keys of connectInput's third argument.
     static kepList<kepKey> pipelineAttributeKeys();
     /// The keys of setQualityAttribute's argument, and those of its members "pipelineInfo" and
-    /// "categoryInfo", which are kept whatever they are called; listed are those that act.
+    /// "categoryInfo", which may hold more: texts of a known pipeline, and everything that it
+    /// carries, are kept under whatever name they have.
     static kepList<kepKey> qualityAttributeKeys();
     static kepList<kepKey> pipelineInfoKeys();
     static kepList<kepKey> categoryInfoKeys();

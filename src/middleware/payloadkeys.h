@@ -120,6 +120,9 @@ inline constexpr kepKey kReset                  {"reset",                    KEP
 inline constexpr kepKey kPipelinePurpose        {"pipelinePurpose",          KEP_VALUE_ARRAY,   false,  listOf(kRecording),          false,  "a recording's parameters go to the encoder"};
 inline constexpr kepKey kResource               {"resource",                 KEP_VALUE_STRING,  false,  {},                          false,  "its input; an audio report has to name the same"};
 inline constexpr kepKey kSourceType             {"sourceType",               KEP_VALUE_STRING,  false,  {},                          false,  "its source; on ARC the eARC format is written anew"};
+inline constexpr kepKey kPipelineStreamType     {"streamType",               KEP_VALUE_STRING,  false,  {},                          false,  "kept for the middleware"};
+inline constexpr kepKey kSourceAttribute        {"sourceAttribute",          KEP_VALUE_STRING,  false,  {},                          false,  "kept for the middleware"};
+inline constexpr kepKey kPipelineType           {"pipelinetype",             KEP_VALUE_STRING,  false,  {},                          false,  "kept for the middleware"};
 inline constexpr kepKey kImmersive              {"immersive",                KEP_VALUE_STRING,  false,  {},                          false,  "immersive format, for the sound engine"};
 inline constexpr kepKey kCodec                  {"codec",                    KEP_VALUE_STRING,  false,  {},                          false,  "codec; on ARC the eARC format is written anew"};
 inline constexpr kepKey kParams                 {"params",                   KEP_VALUE_ARRAY,   false,  {},                          false,  "texts kept as params0, params1, ..."};

@@ -23,8 +23,9 @@ constexpr kepQuery kQueries[] = {key::kGainValue, key::kReadRegister, key::kAmpl
 constexpr kepKey kPipelineAttributeKeys[] = {key::kAttributePurpose, key::kStreamType};
 constexpr kepKey kQualityAttributeKeys[] = {key::kPipelineInfo, key::kCategoryInfo,
                                             key::kRequestType, key::kActiveState};
-constexpr kepKey kPipelineInfoKeys[] = {key::kPipelineId, key::kReset, key::kPipelinePurpose,
-                                        key::kResource, key::kSourceType};
+constexpr kepKey kPipelineInfoKeys[] = {
+    key::kPipelineId, key::kReset,           key::kPipelinePurpose,    key::kResource,
+    key::kSourceType, key::kSourceAttribute, key::kPipelineStreamType, key::kPipelineType};
 constexpr kepKey kCategoryInfoKeys[] = {key::kImmersive, key::kCodec, key::kParams};
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include "kepfactory.h"
 #include "keplog.h"
+#include "payloadkeys.h"
 
 namespace
 {
@@ -102,7 +103,7 @@ unsigned int kepTVAudio::setQualityAttribute(JValue attribute)
         KEP_INFO("INFO_LOG", "setQualityAttribute API call :attributesObject is not an Object");
         return KEP_RESULT_FAILED;
     }
-    const JValue pipelineInfo = attribute["pipelineInfo"];
+    const JValue pipelineInfo = attribute[key::kPipelineInfo.name];
     if (checkForResetValue(pipelineInfo)) {
         if (AudioVideoInfoMapVector.empty()) {
             KEP_INFO("INFO_LOG", "AudioVideoInfo Map is empty and reset is true");
@@ -125,19 +126,19 @@ unsigned int kepTVAudio::setQualityAttribute(JValue attribute)
 
 unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
 {
-    if (!payload.hasKey("requestType")) {
+    if (!payload.hasKey(key::kRequestType.name)) {
         KEP_ERROR("INVALID_PARAMETER", "Json Value Input doesn't have request Type");
         return KEP_RESULT_FAILED;
     }
-    const std::string type = payload["requestType"].asString();
+    const std::string type = payload[key::kRequestType.name].asString();
     KEP_INFO("INFO_LOG", "setAudioVideoCategoryInfo::RequestType = %s ", type.c_str()); // sic
-    if (payload.hasKey("activeState"))
-        setActiveState(payload["activeState"].asBool());
-    if (type == "setAudioInputInfo")
+    if (payload.hasKey(key::kActiveState.name))
+        setActiveState(payload[key::kActiveState.name].asBool());
+    if (type == key::kAudioReport.name)
         return setAudioInputInfo(payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
-    if (type == "setVideoInputInfo")
+    if (type == key::kVideoReport.name)
         return setVideoInputInfo(payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
-    if (type.empty() && payload["pipelineInfo"].isObject()) {
+    if (type == key::kConnectionReport.name && payload[key::kPipelineInfo.name].isObject()) {
         KEP_INFO("INFO_LOG",
                  "requestType is empty and Calling audio and video info for policy connection");
         updatePolicyConnectionCategoryInfo(payload);
@@ -149,15 +150,15 @@ unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
 
 void kepTVAudio::updatePolicyConnectionCategoryInfo(JValue payload)
 {
-    const JValue category = payload["categoryInfo"];
-    const JValue pipelineInfo = payload["pipelineInfo"];
-    if (category.hasKey("immersive")) {
-        const std::string format = category["immersive"].asString();
+    const JValue category = payload[key::kCategoryInfo.name];
+    const JValue pipelineInfo = payload[key::kPipelineInfo.name];
+    if (category.hasKey(key::kImmersive.name)) {
+        const std::string format = category[key::kImmersive.name].asString();
         if (!mPtrTVSoundEngine->setImmersiveFormat(format))
             KEP_ERROR("SE_MIDDLEWARE_ERROR", "Failed to set immersive format as %s",
                       format.c_str());
     }
-    if (category.hasKey("codec") && mCurrentSoundout == KEP_AUDIO_ARC)
+    if (category.hasKey(key::kCodec.name) && mCurrentSoundout == KEP_AUDIO_ARC)
         setEarcSoundOutputDigital(getSoundOutputDigitalMode());
     if (updateAudioCategoryInfo(pipelineInfo, category))
         KEP_INFO("INFO_LOG", "Updating the category info for audio input successful");

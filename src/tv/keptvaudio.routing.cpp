@@ -6,6 +6,7 @@
 
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "payloadkeys.h"
 #include "soundoutputs.h"
 
 unsigned int kepTVAudio::connectInput(std::string source, std::string sink,
@@ -29,7 +30,7 @@ unsigned int kepTVAudio::connectInput(std::string source, std::string sink,
     KEP_DEBUG("connectInput call for resource %d", resource);
 
     const bool mainPipeline = isValidpipelinePurpose(pipelineAttribute);
-    const std::string streamType = pipelineAttribute["streamType"].asString();
+    const std::string streamType = pipelineAttribute[key::kStreamType.name].asString();
     if (mainPipeline && streamType != "kepgame") {
         if (!writeOrLog(kSndoutMainAudioOutput, {indexOf(resource), portOf(resource)}))
             return KEP_RESULT_FAILED;

@@ -4,6 +4,7 @@
 // later.
 #include "keptvaudio.h"
 #include "keplog.h"
+#include "payloadkeys.h"
 #include "soundoutputs.h"
 #include "subcpu.h"
 
@@ -155,5 +156,5 @@ bool kepTVAudio::executeMuteExtSpeaker(const bool& mute)
 bool kepTVAudio::checkForResetValue(JValue value) const
 {
     KEP_DEBUG("checking for reset value");
-    return value["reset"].asBool();
+    return value[key::kReset.name].asBool();
 }

@@ -5,6 +5,7 @@
 
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "payloadkeys.h"
 
 namespace
 {
@@ -15,9 +16,10 @@ struct Field {
 };
 // In the order in which they are read.
 constexpr Field kFields[] = {
-    {"pipelineId", false},   {"streamType", false},      {"resource", false},
-    {"sourceType", false},   {"sourceAttribute", false}, {"reset", true},
-    {"pipelinetype", false},
+    {key::kPipelineId.name, false},      {key::kPipelineStreamType.name, false},
+    {key::kResource.name, false},        {key::kSourceType.name, false},
+    {key::kSourceAttribute.name, false}, {key::kReset.name, true},
+    {key::kPipelineType.name, false},
 };
 
 AudioVideoInfo fieldsOf(const JValue& report)
@@ -65,7 +67,7 @@ void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
     KEP_INFO("INFO_LOG", "storePipelineInfoParameters to store pipelineInfo %s",
              pipelineInfo.stringify().c_str());
     AudioVideoInfo pipeline = fieldsOf(pipelineInfo);
-    const JValue purposes = pipelineInfo["pipelinePurpose"];
+    const JValue purposes = pipelineInfo[key::kPipelinePurpose.name];
     if (purposes.isValid() && !purposes.isArray())
         KEP_ERROR("INVALID_PARAMETER", "pipelinePurpose is not an Array Element");
     if (!purposes.isArray())
@@ -106,7 +108,7 @@ bool kepTVAudio::resetPipelineInfo(JValue pipelineInfo)
 {
     KEP_INFO("INFO_LOG", "resetPipelineInfo:: audioVideoObject %s",
              pipelineInfo.stringify().c_str());
-    const std::string pipelineId = pipelineInfo["pipelineId"].asString();
+    const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     bool found = false;
     for (AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
         if (!hasPipelineId(pipeline, pipelineId))
@@ -144,12 +146,12 @@ bool kepTVAudio::setVideoInputInfo(JValue payload)
 {
     KEP_INFO("INFO_LOG",
              "setVideoInputInfo is called to update category values of existing pipelineInfo");
-    const JValue category = payload["categoryInfo"];
+    const JValue category = payload[key::kCategoryInfo.name];
     if (!category.isObject()) {
         KEP_ERROR("INVALID_PARAMETER", "Invalid CategoryInfo");
         return false;
     }
-    const JValue pipelineInfo = payload["pipelineInfo"];
+    const JValue pipelineInfo = payload[key::kPipelineInfo.name];
     const bool updated = pipelineInfo.isObject() && updateVideoCategoryInfo(pipelineInfo, category);
     const bool registered = mPtrTVDelay->registerAudioVideoInfo();
     if (registered)
@@ -165,7 +167,7 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
     KEP_INFO("INFO_LOG",
              "updateVideoCategoryInfo to update category values %s of existing pipelineInfo %s",
              categoryInfo.stringify().c_str(), pipelineInfo.stringify().c_str());
-    const std::string pipelineId = pipelineInfo["pipelineId"].asString();
+    const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     if (pipelineId.empty())
         return false;
     const auto pipeline = std::find_if(
@@ -174,9 +176,9 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
     if (pipeline == AudioVideoInfoMapVector.end())
         return false;
 
-    if (categoryInfo.hasKey("codec"))
-        (*pipeline)["videoCodec"] = categoryInfo["codec"].asString();
-    const JValue params = categoryInfo["params"];
+    if (categoryInfo.hasKey(key::kCodec.name))
+        (*pipeline)["videoCodec"] = categoryInfo[key::kCodec.name].asString();
+    const JValue params = categoryInfo[key::kParams.name];
     if (!params.isArray())
         KEP_ERROR("INVALID_PARAMETER", "Param is not an Array Element");
     int index = 0;
@@ -200,9 +202,9 @@ JValue kepTVAudio::getSettings(const std::string& category, JValue request)
 {
     KEP_INFO("INFO_LOG", "get settings for category %s, settings:%s", category.c_str(),
              request.stringify().c_str());
-    if (category == "gainValue") {
-        const std::string type = request["gainType"].asString();
-        const std::string output = request["soundOutput"].asString();
+    if (category == key::kGainValue.name) {
+        const std::string type = request[key::kGainType.name].asString();
+        const std::string output = request[key::kGainOutput.name].asString();
         KEP_DEBUG("Calling getGainAsInput with: type = %s, soundoutput = %s", type.c_str(),
                   output.c_str());
         JValue answer = JValue::object();
@@ -211,7 +213,7 @@ JValue kepTVAudio::getSettings(const std::string& category, JValue request)
         KEP_DEBUG("currentSettings = %s", answer.stringify().c_str());
         return answer;
     }
-    if (category == "readI2cDataFromAmplifier") {
+    if (category == key::kReadRegister.name) {
         JValue answer = mPtrTVAmplifier->readI2cDataFromAmplifier(request);
         KEP_INFO("INFO_LOG", "Data from audio amplifier is %s", answer.stringify().c_str());
         return answer;
@@ -238,7 +240,7 @@ JValue kepTVAudio::getSettings(const std::string& category, JValue request)
 
 JValue kepTVAudio::getSettingsObject(const std::string& category)
 {
-    if (category == "getAmplifierState") {
+    if (category == key::kAmplifierState.name) {
         std::string type;
         std::vector<std::string> states;
         if (!mPtrTVAmplifier->getAmplifierState(type, states))

@@ -14,13 +14,13 @@
 
 bool kepTVAudio::updatePipelineInfo(JValue pipelineInfo)
 {
-    if (!pipelineInfo.hasKey("pipelineId")) {
+    if (!pipelineInfo.hasKey(key::kPipelineId.name)) {
         KEP_ERROR("INVALID_PARAMETER", "Invalid pipelineInfo");
         return false;
     }
-    const std::string pipelineId = pipelineInfo["pipelineId"].asString();
+    const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     KEP_INFO("INFO_LOG", "updatePipelineInfo : pipelineId = %s", pipelineId.c_str());
-    if (pipelineInfo.hasKey("sourceType") && mCurrentSoundout == KEP_AUDIO_ARC)
+    if (pipelineInfo.hasKey(key::kSourceType.name) && mCurrentSoundout == KEP_AUDIO_ARC)
         setEarcSoundOutputDigital(getSoundOutputDigitalMode());
     if (isNewPipelineId(pipelineId)) {
         KEP_INFO("INFO_LOG", "Calling storePipelineInfoParameters");
@@ -38,7 +38,7 @@ void kepTVAudio::updateExistingPipelineInfo(JValue pipelineInfo)
              pipelineInfo.stringify().c_str());
     KEP_INFO("INFO_LOG", "updateExistingPipelineInfo Vector of map values size %d",
              static_cast<int>(AudioVideoInfoMapVector.size()));
-    const std::string pipelineId = pipelineInfo["pipelineId"].asString();
+    const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     if (pipelineId.empty())
         return;
     for (AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
@@ -61,12 +61,12 @@ bool kepTVAudio::setAudioInputInfo(JValue payload)
 {
     KEP_INFO("INFO_LOG",
              "setAudioInputInfo is called to update category values of existing pipelineInfo");
-    const JValue category = payload["categoryInfo"];
+    const JValue category = payload[key::kCategoryInfo.name];
     if (!category.isObject()) {
         KEP_ERROR("INVALID_PARAMETER", "Invalid CategoryInfo");
         return false;
     }
-    const JValue pipelineInfo = payload["pipelineInfo"];
+    const JValue pipelineInfo = payload[key::kPipelineInfo.name];
     const bool updated = pipelineInfo.isObject() && updateAudioCategoryInfo(pipelineInfo, category);
     const bool delay = mPtrTVDelay->registerAudioVideoInfo();
     if (delay)
@@ -89,9 +89,9 @@ bool kepTVAudio::setAudioInputInfo(JValue payload)
 AudioVideoInfo* kepTVAudio::findAudioPipeline(const JValue& pipelineInfo,
                                               const kepLogOrigin& origin)
 {
-    const std::string pipelineId = pipelineInfo["pipelineId"].asString();
+    const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     std::string resource;
-    if (pipelineId.empty() || !pipelineInfo["resource"].asString(resource))
+    if (pipelineId.empty() || !pipelineInfo[key::kResource.name].asString(resource))
         return nullptr;
     for (AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
         if (!hasPipelineId(pipeline, pipelineId))
@@ -117,7 +117,7 @@ bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInf
     for (const auto& [key, value] : categoryInfo.members())
         (*pipeline)[key] = value.isString() ? value.asString() : value.stringify();
 
-    const JValue purposes = pipelineInfo["pipelinePurpose"];
+    const JValue purposes = pipelineInfo[key::kPipelinePurpose.name];
     if (!purposes.isValid()) {
         useAsCurrentPipeline(*pipeline);
     } else if (purposes.isArray()) {

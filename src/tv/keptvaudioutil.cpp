@@ -7,6 +7,7 @@
 #include "controlelements.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "payloadkeys.h"
 #include "soundoutputs.h"
 
 namespace
@@ -165,7 +166,7 @@ bool kepTVAudio::isValidPipelineId(std::string pipelineId) const
 
 bool kepTVAudio::isValidpipelinePurpose(JValue attributes) const
 {
-    const JValue purposes = attributes["pipelinePurpose"];
+    const JValue purposes = attributes[key::kAttributePurpose.name];
     KEP_INFO("INFO_LOG", "isValidpipelinePurpose purposeType: %s", purposes.stringify().c_str());
     for (const JValue& purpose : purposes.elements()) {
         const std::string name = purpose.asString();

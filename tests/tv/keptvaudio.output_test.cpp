@@ -657,6 +657,19 @@ TEST_F(SoundOutput, OfArcAloneClosesArcAndOpensItAgain)
                             "delay.setDelayUpdate", "gain.setGainAsInput"));
 }
 
+TEST_F(SoundOutput, OfAnIdentifierThatNoOutputHasIsRefused)
+{
+    mBackend.deinitAudio();
+    select("external_arc");
+    forget();
+    for (const unsigned int number : {3u, 64u, 256u, 262144u})
+        EXPECT_FALSE(mBackend.handleSetSoundOutput(static_cast<KEP_AUDIO_SNDOUT_T>(number)))
+            << number;
+    EXPECT_EQ(mBackend.getCurrentSoundout(), KEP_AUDIO_ARC);
+    // What was open is closed all the same, as for every output that then fails to open.
+    EXPECT_THAT(controlEvents(), Contains(ControlEvent{"hw:0", "Sndout Close", {32}, 0}).Times(4));
+}
+
 TEST_F(SoundOutput, IsLoggedFromRequestToSuccess)
 {
     mBackend.deinitAudio();

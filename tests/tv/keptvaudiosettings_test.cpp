@@ -448,6 +448,29 @@ TEST_F(SettingsTest, EachHandlerRefusesTheCategoriesOfTheOthers)
     }
 }
 
+TEST_F(SettingsTest, AHandlerCalledByItselfRemembersWhatItApplied)
+{
+    EXPECT_TRUE(mBackend->setDelaySettings("audioVideoSync", json(R"({"correctionValue":5})")));
+    EXPECT_TRUE(mBackend->setOtherCategorySettings("dimension", json("{}")));
+    EXPECT_TRUE(mBackend->setAlsaDriverSettings("scms", json(R"({"copyright":"once"})")));
+    EXPECT_FALSE(mBackend->setDelaySettings("audioVideoSync", json("{}")));
+    EXPECT_FALSE(mBackend->setDelaySettings("dimension", json("{}")));
+    EXPECT_THAT(mBackend->mSettingsList,
+                ElementsAre(json(R"({"category":"audioVideoSync","value":{"correctionValue":5}})"),
+                            json(R"({"category":"dimension","value":{}})")));
+}
+
+TEST_F(SettingsTest, AHandlerNamesTheForeignCategoryThatItRefuses)
+{
+    EXPECT_FALSE(mBackend->setDelaySettings("option", json(R"({"storeMode":"home"})")));
+    EXPECT_FALSE(mBackend->setDelaySettings("nobody's", json("{}")));
+    EXPECT_THAT(told(), IsEmpty());
+    EXPECT_EQ(logLines(), (Lines{info("keptvaudiosettings:setDelaySettings",
+                                      "Set delay settings for category option"),
+                                 info("keptvaudiosettings:setDelaySettings",
+                                      "Set delay settings for category nobody's")}));
+}
+
 // --- Model, hardware and country
 
 TEST_F(SettingsTest, ConfigurationGoesToTheStoreThenToTheFourAdapters)
