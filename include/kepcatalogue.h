@@ -120,7 +120,7 @@ struct kepControlElement {
     kepList<kepControlInteger> integers;
 };
 
-/// All of it, read only. Needs no backend, takes no lock and logs nothing; any thread may ask.
+/// All of it, read only. Needs no backend and logs nothing; any thread may ask at any time.
 ///
 /// The lists are made of the tables that the library itself walks. They stand in the order in which
 /// names are looked up; a name stands once in its list.

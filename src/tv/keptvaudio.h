@@ -65,6 +65,8 @@ using AudioVideoInfo = std::map<std::string, std::string>;
 ///   keptvaudioquality.cpp     the pipeline store, video reports, queries of settings
 ///   keptvaudiosettings.cpp    updates of the pipeline store, audio reports, settings categories
 ///
+/// What is a fact and not a rule stands in tables: soundoutputs.cpp, controlelements.h, payloadkeys.h.
+///
 /// Log lines name the file up to its first dot, so they all say keptvaudio, but for the last three.
 ///
 // clang-format on
@@ -158,6 +160,8 @@ public:
     // logged; a transition makes its other steps all the same.
 
     bool handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output);
+    // Fixed names of transitions. Nothing tells them apart but what their names say they lead to or
+    // come from: the table of outputs (soundoutputs.cpp) knows what differs.
     bool setSingularSoundOutput(KEP_AUDIO_SNDOUT_T output);
     bool setSpeakerSpdifSoundOutput();
     bool setHPSoundOutput();
@@ -173,6 +177,7 @@ public:
     /// Opens or closes one single output; false for one that the driver does not know.
     bool connectOutput(KEP_AUDIO_SNDOUT_T output);
     bool disconnectOutput(KEP_AUDIO_SNDOUT_T output);
+    // Fixed names: each runs the steps that the table has for the output it is named after.
     bool connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output);
     bool disconnectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output);
     bool connectHPOutput(KEP_AUDIO_SNDOUT_T output);

@@ -271,7 +271,7 @@ bool kepTVAudio::handleInGroup(SettingsGroup group, const std::string& category,
 
 kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
 {
-    static const auto shown =
+    static constexpr auto shown =
         projected(kepTVAudio::SettingsRow::kAll, [](const kepTVAudio::SettingsRow& row) {
             return kepSettingsCategory{row.category,           row.keys,
                                        row.takesQualityKeys,   row.stored,
