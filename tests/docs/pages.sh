@@ -120,3 +120,12 @@ for page in $pages; do
         esac
     done
 done
+
+# --- Files that are named exist
+# shellcheck disable=SC2016,SC2086 # backquotes of the pages; a list of words
+for named in $(grep -oh '`[a-z]*/[A-Za-z0-9_./-]*`' $pages | tr -d '`' | sort -u); do
+    case $named in
+    build/*) continue ;;
+    esac
+    [ ! -d "${named%%/*}" ] || [ -e "$named" ] || fail "a page names $named, which does not exist"
+done
