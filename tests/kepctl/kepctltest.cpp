@@ -3,12 +3,15 @@
 #include "kepctltest.h"
 
 #include <array>
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -169,4 +172,57 @@ long Kepctl::valueOf(const char* cardName, const char* element) const
     snd_ctl_elem_value_set_interface(got, SND_CTL_ELEM_IFACE_MIXER);
     snd_ctl_elem_value_set_name(got, element);
     return snd_ctl_elem_read(card.get(), got) < 0 ? -1 : snd_ctl_elem_value_get_integer(got, 0);
+}
+
+Terminal::Terminal(const Texts& command, const std::string& prompt)
+{
+    const winsize size = {.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+    mProcess = forkpty(&mTerminal, nullptr, nullptr, &size);
+    if (mProcess == 0) {
+        setenv("TERM", "xterm", 1);
+        execute(command);
+    }
+    awaitText(prompt);
+}
+
+Terminal::~Terminal()
+{
+    close(mTerminal);
+    if (mProcess > 0) {
+        kill(mProcess, SIGKILL);
+        waitpid(mProcess, nullptr, 0);
+    }
+}
+
+std::string Terminal::type(const std::string& keys, const std::string& wanted)
+{
+    EXPECT_EQ(write(mTerminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    return awaitText(wanted);
+}
+
+std::string Terminal::awaitText(const std::string& wanted)
+{
+    std::string shown;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{20};
+    while (shown.find(wanted) == std::string::npos) {
+        pollfd ready = {.fd = mTerminal, .events = POLLIN, .revents = 0};
+        std::array<char, 4096> part{};
+        if (poll(&ready, 1, 500) == 0 && std::chrono::steady_clock::now() < deadline)
+            continue;
+        const ssize_t got = ready.revents != 0 ? read(mTerminal, part.data(), part.size()) : 0;
+        if (got <= 0) {
+            ADD_FAILURE() << "never shown: " << wanted << "\nbut: " << shown;
+            break;
+        }
+        shown.append(part.data(), static_cast<std::size_t>(got));
+    }
+    return shown;
+}
+
+int Terminal::end()
+{
+    int status = 0;
+    EXPECT_EQ(waitpid(mProcess, &status, 0), mProcess);
+    mProcess = -1;
+    return shellStatus(status);
 }

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include <sys/types.h>
+
 #include <gtest/gtest.h>
 
 #include "televisiontest.h"
@@ -57,6 +59,28 @@ protected:
 
 private:
     std::vector<std::pair<std::string, std::string>> mOwnEnvironment;
+};
+
+/// A program at a terminal of 80 columns, typed at by the test.
+class Terminal
+{
+public:
+    /// Starts it and waits for its prompt.
+    Terminal(const Texts& command, const std::string& prompt);
+    ~Terminal();
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    /// Types that, and waits until `wanted` is shown; what was shown.
+    std::string type(const std::string& keys, const std::string& wanted);
+    /// What is shown until then, or within 20 s: then the test has failed.
+    std::string awaitText(const std::string& wanted);
+    /// Its exit status, once it has ended.
+    int end();
+
+private:
+    int mTerminal = -1;
+    pid_t mProcess = -1;
 };
 
 // Lines that most scripts here are made of.

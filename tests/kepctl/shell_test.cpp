@@ -1,18 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // kepctl shell: typed at a terminal, fed by a pipe, and its parts (the short form, completion).
-#include <array>
-#include <chrono>
-#include <csignal>
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
-
-#include <poll.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -219,75 +210,6 @@ TEST_F(Kepctl, TheShellTakesNoScript)
 namespace
 {
 
-/// A shell that is typed at.
-class Terminal
-{
-public:
-    explicit Terminal(Texts options = {})
-    {
-        options.insert(options.begin(), "shell");
-        const winsize size = {.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
-        mProcess = forkpty(&mTerminal, nullptr, nullptr, &size);
-        if (mProcess == 0) {
-            setenv("TERM", "xterm", 1);
-            options.insert(options.begin(), kProgram);
-            execute(options);
-        }
-        awaitText("kepctl> ");
-    }
-    ~Terminal()
-    {
-        close(mTerminal);
-        if (mProcess > 0) {
-            kill(mProcess, SIGKILL);
-            waitpid(mProcess, nullptr, 0);
-        }
-    }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
-    /// Types that, and waits until `wanted` is shown; what was shown.
-    std::string type(const std::string& keys, const std::string& wanted)
-    {
-        EXPECT_EQ(write(mTerminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-        return awaitText(wanted);
-    }
-
-    /// What is shown until then, or within 10 s.
-    std::string awaitText(const std::string& wanted)
-    {
-        std::string shown;
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{10};
-        while (shown.find(wanted) == std::string::npos) {
-            pollfd ready = {.fd = mTerminal, .events = POLLIN, .revents = 0};
-            std::array<char, 4096> part{};
-            const bool late = std::chrono::steady_clock::now() > deadline;
-            const ssize_t got = late || poll(&ready, 1, 1000) < 0 ? -1
-                                : ready.revents != 0 ? read(mTerminal, part.data(), part.size())
-                                                     : 0;
-            if (got < 0 || (ready.revents != 0 && got == 0)) {
-                ADD_FAILURE() << "never shown: " << wanted << "\nbut: " << shown;
-                break;
-            }
-            shown.append(part.data(), static_cast<std::size_t>(got));
-        }
-        return shown;
-    }
-
-    /// Its exit status, once it has ended.
-    int end()
-    {
-        int status = 0;
-        EXPECT_EQ(waitpid(mProcess, &status, 0), mProcess);
-        mProcess = -1;
-        return shellStatus(status);
-    }
-
-private:
-    int mTerminal = -1;
-    pid_t mProcess = -1;
-};
-
 class Shell : public Kepctl
 {
 protected:
@@ -302,13 +224,22 @@ protected:
 const std::string kCtrlC = "\x03";
 const std::string kCtrlD = "\x04";
 const std::string kUp = "\033[A";
-const Texts kQuietly = {"--only", "request,result", "--color", "never"};
+
+/// kepctl shell that is typed at; shows requests and results unless told otherwise.
+class TypedShell : public Terminal
+{
+public:
+    explicit TypedShell(const std::string& only = "request,result")
+        : Terminal({kProgram, "shell", "--only", only, "--color", "never"}, "kepctl> ")
+    {
+    }
+};
 
 } // namespace
 
 TEST_F(Shell, WhatIsTypedIsDone)
 {
-    Terminal shell{kQuietly};
+    TypedShell shell;
     shell.type("setSoundOutput tv_speaker\r", "  = 2 failed");
     shell.type("initialize\r", "  = 1 started");
     shell.type("setSoundOutput tv_speaker\r", "  = 0 done");
@@ -325,14 +256,14 @@ TEST_F(Shell, WhatIsTypedIsDone)
 
 TEST_F(Shell, CtrlDOnAnEmptyLineLeaves)
 {
-    Terminal shell;
+    TypedShell shell;
     shell.type(kCtrlD, "\n");
     EXPECT_EQ(shell.end(), kPlayed);
 }
 
 TEST_F(Shell, CtrlCClearsTheLine)
 {
-    Terminal shell{kQuietly};
+    TypedShell shell;
     shell.type("setSoundOutput ", "setSoundOutput ");
     shell.type(kCtrlC, "kepctl> ");
     const std::string shown = shell.type("getHeadphoneStatus\r", "  = 2 failed");
@@ -341,7 +272,7 @@ TEST_F(Shell, CtrlCClearsTheLine)
 
 TEST_F(Shell, CtrlCEndsAWait)
 {
-    Terminal shell{kQuietly};
+    TypedShell shell;
     shell.type("wait 600000\r", "\nwait 600000");
     shell.type(kCtrlC, "kepctl> ");
     shell.type("getHeadphoneStatus\r", "  = 2 failed");
@@ -349,7 +280,7 @@ TEST_F(Shell, CtrlCEndsAWait)
 
 TEST_F(Shell, TabCompletes)
 {
-    Terminal shell{kQuietly};
+    TypedShell shell;
     shell.type("ini\t\r", "  = 1 started");
     shell.type("setSoundO\ttv_speaker_o\t\r",
                "setSoundOutput(\"tv_speaker_optical_arc\")\r\n  = 0 done");
@@ -361,7 +292,7 @@ TEST_F(Shell, TabCompletes)
 TEST_F(Shell, TheHistoryIsKeptForTheNextTime)
 {
     {
-        Terminal shell{kQuietly};
+        TypedShell shell;
         shell.type("initialize\r", "  = 1 started");
         shell.type("getDefaultVolume\r", "  = 15");
         shell.type(kUp + kUp + "\r", "  = 1 started");
@@ -371,14 +302,14 @@ TEST_F(Shell, TheHistoryIsKeptForTheNextTime)
     EXPECT_TRUE(std::filesystem::is_regular_file(history()));
     EXPECT_EQ(std::filesystem::status(history()).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    Terminal shell{kQuietly};
+    TypedShell shell;
     shell.type(kUp + kUp + "\r", "getDefaultVolume()");
 }
 
 TEST_F(Shell, WithoutAPlaceForTheHistoryItSaysSoOnceAndGoesOn)
 {
     setenv("XDG_STATE_HOME", file("state", "no folder").c_str(), 1);
-    Terminal shell{kQuietly};
+    TypedShell shell;
     EXPECT_THAT(shell.type("initialize\r", "  = 1 started"), HasSubstr("the history is not kept"));
     EXPECT_THAT(shell.type("getDefaultVolume\r", "  = 15"),
                 Not(HasSubstr("the history is not kept")));
@@ -387,7 +318,7 @@ TEST_F(Shell, WithoutAPlaceForTheHistoryItSaysSoOnceAndGoesOn)
 TEST_F(Shell, TimersRunWhileOneTypes)
 {
     // After a resume the headphone is unmuted by a timer of five seconds.
-    Terminal shell{{"--only", "result,subcpu", "--color", "never"}};
+    TypedShell shell{"result,subcpu"};
     shell.type("initialize\r", "  = 1 started");
     shell.type("setSoundOutput headphone\r", "  = 0 done");
     shell.type("setSettings prepareResume {}\r", "  = 0 done");

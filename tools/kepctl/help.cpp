@@ -12,6 +12,7 @@
 #include "kepclient.h"
 #include "output.h"
 #include "scriptgrammar.h"
+#include "shellcompletion.h"
 #include "traceevents.h"
 
 namespace
@@ -119,19 +120,18 @@ void helpTrace()
 struct Topic {
     const char* name;
     void (*print)();
+    bool shown; // among the topics; the others are for those who build
 };
 constexpr Topic kTopics[] = {
-    {"script", &helpScript},
-    {"trace", &helpTrace},
+    {"script", &helpScript, true},
+    {"trace", &helpTrace, true},
+    {"completion-bash", [] { output::print(bashCompletion()); }, false},
+    {"completion-zsh", [] { output::print(zshCompletion()); }, false},
 };
 
 int unknownTopic(const std::string& word)
 {
-    Names names;
-    for (const Command& command : commandRows())
-        names.emplace_back(command.name);
-    for (const Topic& topic : kTopics)
-        names.emplace_back(topic.name);
+    const Names names = helpTopics();
     const std::string hint = didYouMean(word, names);
     return unusable("no help on \"" + word + "\"; " +
                     (hint.empty() ? "there is help on " + anyOf(names) : hint));
@@ -159,6 +159,17 @@ std::string usage()
     for (const Command& command : commandRows())
         text += "  " + padded(usageOf(command), width + 2) + command.summary + "\n";
     return text;
+}
+
+Names helpTopics()
+{
+    Names names;
+    for (const Command& command : commandRows())
+        names.emplace_back(command.name);
+    for (const Topic& topic : kTopics)
+        if (topic.shown)
+            names.emplace_back(topic.name);
+    return names;
 }
 
 int help(const Options& options)

@@ -4,10 +4,14 @@
 
 #include <string>
 
+#include "closest.h"
 #include "options.h"
 
 /// The usage lines of all commands.
 std::string usage();
+
+/// What there is help on.
+Names helpTopics();
 
 int help(const Options& options);
 int printVersion();
