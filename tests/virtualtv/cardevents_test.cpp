@@ -167,6 +167,7 @@ TEST_F(CardEvents, AWriteOfTheSameValueIsNone)
 {
     write("default", "Softmaster", 40);
     const ControlPtr card = subscribed("default");
+    EXPECT_FALSE(wakes(card.get(), /*timeoutMs=*/0));
     write("default", "Softmaster", 40);
     EXPECT_FALSE(wakes(card.get(), kNotMs));
     EXPECT_THAT(pendingEvents(card.get()), IsEmpty());
@@ -184,6 +185,7 @@ TEST_F(CardEvents, ARefusedWriteIsNone)
 TEST_F(CardEvents, AWriteToTheOtherCardIsNone)
 {
     const ControlPtr card = subscribed("default");
+    EXPECT_FALSE(wakes(card.get(), /*timeoutMs=*/0)); // it waits from now on
     write("hw:0", "Sndout Open", 1);
     EXPECT_FALSE(wakes(card.get(), kNotMs));
     EXPECT_THAT(pendingEvents(card.get()), IsEmpty());
