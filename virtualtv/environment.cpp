@@ -80,19 +80,33 @@ std::string plainPath(const std::filesystem::path& file)
     return file;
 }
 
+std::string configurationPath()
+{
+    return plainPath(dataDirectory() / "virtualtv.conf");
+}
+
 } // namespace
 
 std::vector<std::pair<std::string, std::string>> environment()
 {
     const std::filesystem::path data = dataDirectory();
     std::vector<std::pair<std::string, std::string>> variables{
-        {"ALSA_CONFIG_PATH", plainPath(data / "virtualtv.conf")},
+        {"ALSA_CONFIG_PATH", configurationPath()},
         {"ALSA_PLUGIN_DIR", data},
         {"KEP_VIRTUALTV_STATE", stateFilePath()},
     };
     if (!cardFilePath().empty())
         variables.emplace_back("KEP_VIRTUALTV_CARD", cardFilePath());
     return variables;
+}
+
+std::string environmentProblem()
+{
+    const std::string path = configurationPath();
+    if (path.find_first_of(" :") == std::string::npos)
+        return "";
+    return path + ": libasound does not read a path with blanks or colons, and there is no place "
+                  "for a link to it (set XDG_RUNTIME_DIR to a folder of your own)";
 }
 
 void enter()

@@ -16,6 +16,9 @@ namespace virtualtv
 /// in the build tree and wherever it is installed.
 VIRTUALTV_EXPORT std::vector<std::pair<std::string, std::string>> environment();
 
+/// Why libasound cannot be led to the cards from here, "" when it can.
+VIRTUALTV_EXPORT std::string environmentProblem();
+
 /// Sets these variables in this process; to be called before libasound is used.
 VIRTUALTV_EXPORT void enter();
 

@@ -42,7 +42,10 @@ std::string chooseCard(const Options& options)
         return "--card makes a virtual card, which --hardware leaves out";
     if (!options.card.empty())
         virtualtv::chooseCardFile(options.card);
-    return options.hardware ? "" : virtualtv::cards().problem;
+    if (options.hardware)
+        return "";
+    const std::string& problem = virtualtv::cards().problem;
+    return problem.empty() ? virtualtv::environmentProblem() : problem;
 }
 
 std::string enterTelevision(const Options& options)

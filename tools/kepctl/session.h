@@ -16,7 +16,7 @@ Presentation presentationOf(const Options& options);
 [[nodiscard]] std::string chooseCard(const Options& options);
 
 /// Sets the process up for requests: configuration, cards, log level. To be called once, before
-/// libasound is used. What is wrong with the card table, "" when nothing is.
+/// libasound is used. Why the virtual cards cannot be used, "" when they can.
 [[nodiscard]] std::string enterTelevision(const Options& options);
 
 /// Starts to show what happens, and calls `announce` before each event; lives until the process
