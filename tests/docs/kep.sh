@@ -70,9 +70,11 @@ fake id 'echo 0'
 # shellcheck disable=SC2016 # the fake program expands it
 fake apt-get 'case $1 in update) exit ;; esac
 echo "0 upgraded, 2 newly installed, 0 to remove and 0 not upgraded."
+for package in a b; do echo "Get:1 http://there $package"; done
 for package in a b; do echo "Unpacking $package"; echo "Setting up $package"; done'
 expect_status 0 "$kep" setup
-expect errors '100 % of 2 packages'
+expect errors '50 % of 2 packages downloaded'
+expect errors '100 % of 2 packages installed'
 fake apt-get 'echo "E: Could not get lock"; exit 100'
 expect_status 1 "$kep" setup
 expect errors 'E: Could not get lock'
