@@ -66,6 +66,26 @@ TEST_F(KepctlCard, ADumpHoldsTheValuesAsTheyAre)
         R"({"name":"Softmaster1","iface":"mixer","index":0,"type":"integer","count":1,"min":0,"max":100,"step":1,"access":"rw","values":[40]})");
 }
 
+TEST_F(KepctlCard, AmixerHearsOfTheWritesOfOthersAndOfNothingElse)
+{
+    setenv("EVENTS", (directory() / "events").c_str(), 1);
+    const Execution outcome = shell(R"sh(
+        until_seen() {
+            for i in $(seq 200); do grep -q "$1" "$EVENTS" && return; sleep 0.05; done
+            echo "never seen: $1"
+        }
+        eval "$("$KEPCTL" env)"
+        stdbuf -oL amixer -D default events >"$EVENTS" & listener=$!
+        until_seen Ready
+        amixer -q -D default cset name=Softmaster1 40
+        until_seen "event value.*'Softmaster1'"
+        kill $listener
+        sed '1,/Ready/d' "$EVENTS")sh");
+    EXPECT_THAT(outcome.output, HasSubstr("event value: numid=5,iface=MIXER,name='Softmaster1'"))
+        << outcome.errors;
+    EXPECT_LE(linesOf(outcome.output).size(), 3U) << outcome.output;
+}
+
 TEST_F(KepctlCard, EachTableKeepsValuesOfItsOwn)
 {
     setenv("TABLE", mTable.c_str(), 1);
