@@ -45,6 +45,24 @@ inline LogLine refusedByDriver()
                  "Control element write error: Input/output error");
 }
 
+/// An event in a line: writes as "Mute Output 1 0", calls as "gain.setGainAsInput"; with
+/// " -> status" when that is not 0.
+inline std::string toldText(const JValue& event)
+{
+    const std::string library = event["library"].asString();
+    std::string text = library + (library.empty() ? "" : ".");
+    for (const char* name : {"element", "stage", "operation", "line"})
+        text += event[name].asString();
+    for (const char* values : {"values", "args"})
+        for (const JValue& value : event[values].elements())
+            text += " " + value.stringify();
+    if (event.hasKey("card") && event["card"].asString() != "hw:0")
+        text += " on " + event["card"].asString();
+    if (const int status = event["status"].asNumber<int>(); status != 0)
+        text += " -> " + std::to_string(status);
+    return text;
+}
+
 /// The backend with all that tests look at or put into a state.
 class OpenBackend : public kepTVAudio
 {
@@ -116,25 +134,12 @@ protected:
         virtualtv::inject({FaultPoint::CardWrite, "*", "", kRefused, 1});
     }
 
-    /// All that the television was told, in order: writes as "Mute Output 1 0", calls as
-    /// "gain.setGainAsInput"; with " -> status" when that is not 0.
+    /// All that the television was told, in order.
     [[nodiscard]] Texts told() const
     {
         Texts all;
-        for (const JValue& event : events()) {
-            const std::string library = event["library"].asString();
-            std::string text = library + (library.empty() ? "" : ".");
-            for (const char* name : {"element", "stage", "operation", "line"})
-                text += event[name].asString();
-            for (const char* values : {"values", "args"})
-                for (const JValue& value : event[values].elements())
-                    text += " " + value.stringify();
-            if (event.hasKey("card") && event["card"].asString() != "hw:0")
-                text += " on " + event["card"].asString();
-            if (const int status = event["status"].asNumber<int>(); status != 0)
-                text += " -> " + std::to_string(status);
-            all.push_back(text);
-        }
+        for (const JValue& event : events())
+            all.push_back(toldText(event));
         return all;
     }
 };
