@@ -14,9 +14,15 @@ namespace virtualtv
 namespace
 {
 
+struct Planted {
+    Injection injection;
+    bool met = false; // by an access
+};
+
 struct Faults {
     std::mutex guard;
-    std::vector<Injection> injections; // oldest first
+    std::vector<Planted> planted;        // oldest first
+    std::vector<Injection> clearedUnmet; // likewise
 };
 
 Faults& theFaults()
@@ -46,16 +52,24 @@ struct Answer {
 Answer answerTo(FaultPoint point, std::string_view name, std::string_view card)
 {
     const std::lock_guard lock{theFaults().guard};
-    std::vector<Injection>& injections = theFaults().injections;
-    const auto inForce =
-        std::find_if(injections.begin(), injections.end(), [&](const Injection& injection) {
-            return matches(injection, point, name, card);
-        });
-    if (inForce == injections.end())
+    std::vector<Planted>& planted = theFaults().planted;
+    const auto inForce = std::find_if(planted.begin(), planted.end(), [&](const Planted& each) {
+        return matches(each.injection, point, name, card);
+    });
+    if (inForce == planted.end())
         return {};
-    if (inForce->times)
-        --*inForce->times;
-    return {inForce->status, inForce->delayMs};
+    inForce->met = true;
+    Injection& injection = inForce->injection;
+    if (injection.times)
+        --*injection.times;
+    return {injection.status, injection.delayMs};
+}
+
+void appendUnmet(const std::vector<Planted>& planted, std::vector<Injection>& unmet)
+{
+    for (const Planted& each : planted)
+        if (!each.met)
+            unmet.push_back(each.injection);
 }
 
 } // namespace
@@ -63,22 +77,34 @@ Answer answerTo(FaultPoint point, std::string_view name, std::string_view card)
 void inject(Injection injection)
 {
     const std::lock_guard lock{theFaults().guard};
-    theFaults().injections.push_back(std::move(injection));
+    theFaults().planted.push_back({std::move(injection)});
     gAnyInjection = true;
 }
 
 void clearInjections()
 {
     const std::lock_guard lock{theFaults().guard};
-    theFaults().injections.clear();
+    Faults& faults = theFaults();
+    appendUnmet(faults.planted, faults.clearedUnmet);
+    faults.planted.clear();
     gAnyInjection = false;
+}
+
+std::vector<Injection> unmetInjections()
+{
+    const std::lock_guard lock{theFaults().guard};
+    std::vector<Injection> unmet = theFaults().clearedUnmet;
+    appendUnmet(theFaults().planted, unmet);
+    return unmet;
 }
 
 std::vector<Injection> injectionsInForce()
 {
     const std::lock_guard lock{theFaults().guard};
-    std::vector<Injection> inForce = theFaults().injections;
-    std::erase_if(inForce, [](const Injection& injection) { return injection.times == 0U; });
+    std::vector<Injection> inForce;
+    for (const auto& [injection, met] : theFaults().planted)
+        if (injection.times != 0U)
+            inForce.push_back(injection);
     return inForce;
 }
 

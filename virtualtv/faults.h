@@ -23,10 +23,13 @@ struct Injection {
     int status;                    // what the access answers; 0 lets it through
     std::optional<unsigned> times; // how many accesses it holds for; empty: until cleared
     unsigned delayMs = 0;          // how much later the access answers
+    std::string origin = "";       // who planted it, for messages
 };
 
 VIRTUALTV_EXPORT void inject(Injection injection);
 VIRTUALTV_EXPORT void clearInjections();
+/// Those that no access has met so far, cleared ones included, oldest first.
+VIRTUALTV_EXPORT std::vector<Injection> unmetInjections();
 /// Those that are not used up, oldest first; "times" is how often they still hold.
 VIRTUALTV_EXPORT std::vector<Injection> injectionsInForce();
 

@@ -7,6 +7,8 @@
 #include <alsa/asoundlib.h>
 #include <glib.h>
 
+#include "faults.h"
+
 namespace
 {
 
@@ -35,6 +37,8 @@ CardElement describe(snd_ctl_t* control, const std::string& card, const snd_ctl_
         element.minimum = snd_ctl_elem_info_get_min64(info);
         element.maximum = snd_ctl_elem_info_get_max64(info);
     }
+    if (type == SND_CTL_ELEM_TYPE_BOOLEAN)
+        element.maximum = 1;
     return element;
 }
 
@@ -67,6 +71,7 @@ const std::vector<std::string>& cardNames()
 const std::vector<CardElement>& cardElements()
 {
     static const std::vector<CardElement> elements = [] {
+        const virtualtv::WithoutInjections asTheyAre;
         std::vector<CardElement> all;
         for (const std::string& card : cardNames())
             addElements(card, all);

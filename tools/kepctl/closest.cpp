@@ -58,7 +58,7 @@ std::size_t distance(const std::string& word, const std::string& name)
 {
     const std::size_t edits = editDistance(word, name);
     const std::size_t bearable = std::max<std::size_t>(1, std::min(word.size(), name.size()) / 3);
-    if (edits <= bearable)
+    if (edits <= bearable && edits < word.size()) // something has to be right
         return edits;
     return isShortenedFrom(word, name) || isShortenedFrom(name, word) ? edits + bearable
                                                                       : kNotClose;

@@ -10,6 +10,7 @@
 #include "closest.h"
 #include "commands.h"
 #include "kepclient.h"
+#include "listcommand.h"
 #include "output.h"
 #include "scriptgrammar.h"
 #include "shellcompletion.h"
@@ -63,7 +64,8 @@ void helpCommand(const Command& command)
 {
     output::print("Usage: " + usageOf(command) + "\n\n" + command.summary + "\n\n" +
                   optionsOf(command.bit) +
-                  (command.help != nullptr ? std::string{"\n"} + command.help + "\n" : ""));
+                  (command.help != nullptr ? std::string{"\n"} + command.help + "\n" : "") +
+                  (command.bit == kList ? "\nWHAT is " + anyOf(listNames()) + ".\n" : ""));
 }
 
 struct FormTitle {

@@ -9,9 +9,11 @@
 #include "commands.h"
 #include "devicenames.h"
 #include "jvalue.h"
+#include "kepcatalogue.h"
 #include "names.h"
 #include "operations.h"
 #include "output.h"
+#include "resultwords.h"
 #include "scriptgrammar.h"
 #include "session.h"
 
@@ -37,6 +39,7 @@ JValue arrayOf(const Names& names)
 
 // --- One function a list
 
+// By Answer.
 constexpr const char* kAnswers[] = {"1 done, 0 failed", "0 done, else failed", "a value"};
 
 JValue operations()
@@ -54,6 +57,149 @@ JValue operations()
     return rows;
 }
 
+JValue results()
+{
+    JValue rows = JValue::array();
+    for (const ResultCode& code : resultCodes()) {
+        Names operations;
+        for (const Operation& operation : operationRows())
+            if (operation.answer == code.answer && resultWords(operation, code.code) == code.words)
+                operations.emplace_back(operation.name);
+        rows.append(object({{"result", code.code},
+                            {"meaning", code.words},
+                            {"of", code.answer == Answer::Code ? JValue{"every other operation"}
+                                                               : arrayOf(operations)}}));
+    }
+    return rows;
+}
+
+/// The names by which an output is known, if it is.
+JValue namesOf(const kepNames& names)
+{
+    return arrayOf(Names{names.begin(), names.end()});
+}
+
+std::string nameOf(KEP_AUDIO_SNDOUT_T wanted)
+{
+    for (const kepSoundOutput& output : kepCatalogue::soundOutputs())
+        if (output.output == wanted)
+            return output.names.empty() ? output.description : output.names[0];
+    return "";
+}
+
+JValue outputs()
+{
+    JValue rows = JValue::array();
+    for (const kepSoundOutput& output : kepCatalogue::soundOutputs()) {
+        JValue members = JValue::array();
+        for (const KEP_AUDIO_SNDOUT_T member : output.members)
+            if (output.members.size() > 1)
+                members.append(nameOf(member));
+        rows.append(object({{"names", namesOf(output.names)},
+                            {"selectable", output.selectable},
+                            {"volume", output.hasVolume},
+                            {"mute", output.hasMute},
+                            {"driver", output.driverType},
+                            {"members", members},
+                            {"meaning", output.description}}));
+    }
+    return rows;
+}
+
+JValue sources()
+{
+    JValue rows = JValue::array();
+    for (const kepInputSource& input : kepCatalogue::inputSources())
+        rows.append(object({{"source", input.source},
+                            {"sinks", namesOf(input.sinks)},
+                            {"resource", static_cast<std::uint32_t>(input.resource)},
+                            {"index", input.driverIndex},
+                            {"port", input.driverPort}}));
+    return rows;
+}
+
+// --- Payloads: one row a key
+
+// By KEP_VALUE_T.
+constexpr const char* kValueTypes[] = {"string", "bool", "number", "array", "object", "any"};
+
+void addKeys(JValue& rows, const char* title, const std::string& of, const kepList<kepKey>& keys)
+{
+    for (const kepKey& key : keys)
+        rows.append(object({{title, of},
+                            {"key", key.name},
+                            {"type", kValueTypes[key.type]},
+                            {"needed", key.needed},
+                            {"values", namesOf(key.values)},
+                            {"meaning", key.meaning}}));
+}
+
+/// The row of a category itself; its keys follow.
+void addOwner(JValue& rows, const char* title, const std::string& of, const std::string& meaning)
+{
+    rows.append(object({{title, of},
+                        {"key", ""},
+                        {"type", ""},
+                        {"needed", JValue{}},
+                        {"values", JValue::array()},
+                        {"meaning", meaning}}));
+}
+
+JValue categories()
+{
+    JValue rows = JValue::array();
+    for (const kepSettingsCategory& category : kepCatalogue::settingsCategories()) {
+        addOwner(
+            rows, "category", category.name,
+            std::string{category.meaning} + (category.supported ? "" : " (always refused)") +
+                (category.takesQualityKeys ? " (takes any key; those of \"quality\" act)" : "") +
+                (category.stored ? " (listed by getSettings)" : ""));
+        addKeys(rows, "category", category.name, category.keys);
+    }
+    return rows;
+}
+
+JValue quality()
+{
+    JValue rows = JValue::array();
+    for (const kepQualityKeys& reader : kepCatalogue::soundQualityKeys())
+        addKeys(rows, "reader", reader.reader, reader.keys);
+    return rows;
+}
+
+JValue queries()
+{
+    JValue rows = JValue::array();
+    for (const kepQuery& query : kepCatalogue::queries()) {
+        addOwner(rows, "query", query.name, std::string{"answers "} + query.answer);
+        addKeys(rows, "query", query.name, query.keys);
+    }
+    return rows;
+}
+
+JValue attributes()
+{
+    JValue rows = JValue::array();
+    addKeys(rows, "of", "connectInput", kepCatalogue::pipelineAttributeKeys());
+    addKeys(rows, "of", "setQualityAttribute", kepCatalogue::qualityAttributeKeys());
+    addKeys(rows, "of", "pipelineInfo", kepCatalogue::pipelineInfoKeys());
+    addKeys(rows, "of", "categoryInfo", kepCatalogue::categoryInfoKeys());
+    for (const kepRequestType& type : kepCatalogue::requestTypes())
+        addOwner(rows, "of", "requestType", "\"" + std::string{type.name} + "\": " + type.meaning);
+    return rows;
+}
+
+/// What the driver's integers mean: "output, index, port"; "" where nobody knows.
+JValue integersOf(const CardElement& element)
+{
+    JValue names = JValue::array();
+    for (const kepControlElement& known : kepCatalogue::controlElements())
+        if (element.card == cardNames().front() && element.name == known.name)
+            for (const kepControlInteger& integer : known.integers)
+                names.append(integer.name);
+    return names;
+}
+
 JValue elements()
 {
     JValue rows = JValue::array();
@@ -63,7 +209,8 @@ JValue elements()
                             {"type", element.type},
                             {"count", element.count},
                             {"min", element.minimum},
-                            {"max", element.maximum}}));
+                            {"max", element.maximum},
+                            {"integers", integersOf(element)}}));
     return rows;
 }
 
@@ -122,6 +269,13 @@ struct List {
 // clang-format off
 constexpr List kLists[] = {
     {"operations", "Operations of the library",                  &operations},
+    {"results",    "Results",                                    &results},
+    {"outputs",    "Sound outputs of the television",            &outputs},
+    {"sources",    "Sources, and the sinks behind which they are reached", &sources},
+    {"categories", "Categories of setSettings, and their keys",  &categories},
+    {"quality",    "Keys of sound quality, and who acts on them", &quality},
+    {"queries",    "Queries of getSettings, and their keys",     &queries},
+    {"attributes", "Keys of the other payloads",                 &attributes},
     {"elements",   "Control elements of the cards",              &elements},
     {"middleware", "Operations of the middleware",               &middleware},
     {"faults",     "Faults that a script can inject",            &faults},
@@ -138,6 +292,8 @@ std::string cell(const JValue& value)
         return value.asString();
     if (value.isBool())
         return value.asBool() ? "yes" : "no";
+    if (value.isNull())
+        return "";
     if (!value.isArray())
         return value.stringify();
     std::string all;
@@ -249,6 +405,36 @@ constexpr Format kFormats[] = {
     {"markdown", &asMarkdown},
 };
 
+constexpr const char* kAll = "all";
+constexpr const char* kPageHead =
+    "# Reference\n\n"
+    "What there is by name. Generated by `kepctl list all --format markdown`; a test compares.\n\n";
+
+/// All lists, each under its title; in JSON an object of them.
+std::string asWhole(const std::string& format)
+{
+    if (format == "json") {
+        JValue whole = JValue::object();
+        for (const List& list : kLists)
+            whole.put(list.name, list.rows());
+        return whole.stringify() + "\n";
+    }
+    std::string text;
+    for (const List& list : kLists)
+        text += (text.empty() ? "" : "\n") +
+                (format == "text" ? std::string{list.title} + "\n\n" + asText(list, list.rows())
+                                  : asMarkdown(list, list.rows()));
+    return (format == "text" ? "" : kPageHead) + text;
+}
+
+std::string written(const List& list, const std::string& formatName)
+{
+    for (const Format& format : kFormats)
+        if (formatName == format.name)
+            return format.write(list, list.rows());
+    return "";
+}
+
 } // namespace
 
 Names listNames()
@@ -256,6 +442,7 @@ Names listNames()
     Names all;
     for (const List& list : kLists)
         all.emplace_back(list.name);
+    all.emplace_back(kAll);
     return all;
 }
 
@@ -266,14 +453,16 @@ int list(const Options& options)
     if (options.words.size() > 1)
         return unusable("list takes one word, not also \"" + options.words[1] + "\"");
     const std::string& word = options.words.front();
+    if (const std::string problem = enterTelevision(options); !problem.empty())
+        return unusable(problem);
     for (const List& list : kLists) {
         if (word != list.name)
             continue;
-        if (const std::string problem = enterTelevision(options); !problem.empty())
-            return unusable(problem);
-        for (const Format& format : kFormats)
-            if (options.format == format.name)
-                output::print(format.write(list, list.rows()));
+        output::print(written(list, options.format));
+        return kPlayed;
+    }
+    if (word == kAll) {
+        output::print(asWhole(options.format));
         return kPlayed;
     }
     const std::string hint = didYouMean(word, listNames());

@@ -3,6 +3,7 @@
 #include "player.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <iostream>
 
@@ -12,8 +13,8 @@
 
 void Player::play(const Script& script)
 {
-    for (const std::string& line : script.lines)
-        playLine(line);
+    for (std::size_t i = 0; i < script.lines.size(); ++i)
+        playLine(script.lines[i], script.name + ":" + std::to_string(i + 1));
 }
 
 bool Player::playInput()
@@ -23,27 +24,27 @@ bool Player::playInput()
     for (std::size_t number = 1; !output::inputIsClosed() && std::getline(std::cin, line);
          ++number) {
         try {
-            playLine(line);
+            playLine(line, kInputName + std::string{":"} + std::to_string(number));
         } catch (const BadLine& mistake) {
             tellMistake(mistake, kInputName, number, line);
             return false;
         }
     }
-    if (!output::inputIsClosed() && !std::cin.bad())
+    if (!output::inputIsClosed() && !std::cin.bad() && std::ferror(stdin) == 0)
         return true;
     const int reason = output::inputIsClosed() ? EBADF : errno;
     std::cerr << "kepctl: " << kInputName << ": " << strerror(reason != 0 ? reason : EIO) << "\n";
     return false;
 }
 
-void Player::playLine(const std::string& line)
+void Player::playLine(const std::string& line, const std::string& origin)
 {
     if (isSkipped(line)) {
         if (line.starts_with('#'))
             mTrace.comment(line);
         return;
     }
-    const ScriptLine parsed = parseScriptLine(line);
+    const ScriptLine parsed = parseScriptLine(line, origin);
     JValue request = JValue::object();
     request.put("event", "request");
     for (const auto& [key, value] : parsed.request.members())
@@ -60,5 +61,6 @@ void Player::playLine(const std::string& line)
     if (outcome->connected)
         result.put("connected", *outcome->connected);
     mTrace.add(result);
+    mHints.tell(*parsed.operation, parsed.request["args"], *outcome, mTrace.happened());
     mAnyFailure = mAnyFailure || failed(*parsed.operation, outcome->result);
 }

@@ -4,25 +4,31 @@
 
 #include <string>
 
+#include "hints.h"
+#include "options.h"
 #include "script.h"
 #include "trace.h"
 
 class Player
 {
 public:
-    explicit Player(Trace& trace) : mTrace(trace) {}
+    Player(Trace& trace, const Options& options) : mTrace(trace), mHints(options) {}
 
     /// Plays a script that has been checked.
     void play(const Script& script);
     /// Plays standard input line by line. False when it could not be read or held a bad line: that
     /// is told on standard error, and nothing after it is run.
     bool playInput();
-    /// Plays one line; throws BadLine, with nothing done, when it is no good.
-    void playLine(const std::string& line);
+    /// Plays one line; throws BadLine, with nothing done, when it is no good. `origin` says where
+    /// it stands, "file:4".
+    void playLine(const std::string& line, const std::string& origin = "");
+    /// What there is to say when all has been played.
+    void finish() const { mHints.tellUnmetInjections(); }
     /// Whether a call has given a failure code so far.
     [[nodiscard]] bool anyFailure() const { return mAnyFailure; }
 
 private:
     Trace& mTrace;
+    Hints mHints;
     bool mAnyFailure = false;
 };

@@ -2,21 +2,13 @@
 // Results in words: the codes as kepaudio.h documents them.
 #include "resultwords.h"
 
-#include <cstdint>
-
 #include "kepaudio.h"
 
 namespace
 {
 
-struct Row {
-    Answer answer;
-    std::uint32_t code;
-    const char* words;
-    const char* operation; // null: any; otherwise this one only
-};
 // clang-format off
-constexpr Row kRows[] = {
+constexpr ResultCode kRows[] = {
     {Answer::Status, KEP_STATUS_FAILED,           "failed",                   nullptr},
     {Answer::Status, KEP_STATUS_OK,               "stopped",                  "deinitialize"},
     {Answer::Status, KEP_STATUS_OK,               "started",                  nullptr},
@@ -33,9 +25,14 @@ constexpr Row kRows[] = {
 std::string resultWords(const Operation& operation, const JValue& result)
 {
     const auto code = result.asNumber<std::int64_t>();
-    for (const Row& row : kRows)
+    for (const ResultCode& row : kRows)
         if (operation.answer == row.answer && code == row.code &&
             (row.operation == nullptr || std::string{operation.name} == row.operation))
             return row.words;
     return failed(operation, result) ? "failed" : "";
+}
+
+std::span<const ResultCode> resultCodes()
+{
+    return kRows;
 }

@@ -43,12 +43,13 @@ int runScripts(const Options& options)
         return kUnusable;
     if (options.check)
         return kPlayed;
-    Player player{startTrace(options)};
+    Player player{startTrace(options), options};
     for (const std::string& path : options.words) {
         if (path != "-")
             player.play(scripts[path]);
         else if (!player.playInput())
             return kUnusable;
     }
+    player.finish();
     return options.strict && player.anyFailure() ? kCallFailed : kPlayed;
 }

@@ -3,6 +3,7 @@
 #include "script.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -48,7 +49,8 @@ bool readInput(Script& script)
         return tellUnreadable(kInputName, EBADF);
     for (std::string line; std::getline(std::cin, line);)
         script.lines.push_back(line);
-    return !std::cin.bad() || tellUnreadable(kInputName, errno != 0 ? errno : EIO);
+    return (!std::cin.bad() && std::ferror(stdin) == 0) ||
+           tellUnreadable(kInputName, errno != 0 ? errno : EIO);
 }
 
 bool checkScript(const Script& script)

@@ -21,7 +21,7 @@ using Step = std::function<void()>;
 
 // --- {"wait": milliseconds}
 
-Step prepareWait(const JsonNode& node)
+Step prepareWait(const JsonNode& node, const std::string&)
 {
     const auto milliseconds = static_cast<unsigned int>(node.value.asNumber<std::int32_t>());
     return [milliseconds] { runMainLoop(milliseconds); };
@@ -80,31 +80,23 @@ Step setI2cData(const JsonNode& node)
     return [data] { virtualtv::setI2cData(data); };
 }
 
-struct Preparation {
+struct Setting {
     const char* key;
     Step (*prepare)(const JsonNode& value);
 };
-
-template <std::size_t Size>
-Step prepareByKey(const Preparation (&rows)[Size], const std::string& key, const JsonNode& value)
-{
-    for (const Preparation& row : rows)
-        if (key == row.key)
-            return row.prepare(value);
-    return [] {};
-}
-
-constexpr Preparation kSettings[] = {
+constexpr Setting kSettings[] = {
     {"logLevel", &setLogLevelTo},           {"gpio", &setGpio},       {"gainValue", &setGainValue},
     {"amplifierState", &setAmplifierState}, {"i2cData", &setI2cData},
 };
 
-Step prepareSet(const JsonNode& node)
+Step prepareSet(const JsonNode& node, const std::string&)
 {
     checkObject(node, ObjectForm::Settings, "\"set\"");
     std::vector<Step> steps;
     for (const JsonMember& member : node.members)
-        steps.push_back(prepareByKey(kSettings, member.key, member.node));
+        for (const Setting& setting : kSettings)
+            if (member.key == setting.key)
+                steps.push_back(setting.prepare(member.node));
     return [steps] {
         for (const Step& step : steps)
             step();
@@ -160,26 +152,31 @@ virtualtv::Injection targetInjection(const JsonNode& node)
     return controlInjection(node);
 }
 
-Step prepareInject(const JsonNode& node)
+Step prepareInject(const JsonNode& node, const std::string& origin)
 {
     virtualtv::Injection injection = targetInjection(node);
     injection.status = node.value["status"].asNumber<std::int32_t>();
     if (node.value.hasKey("times"))
         injection.times = static_cast<unsigned int>(node.value["times"].asNumber<std::int32_t>());
     injection.delayMs = static_cast<unsigned int>(node.value["delayMs"].asNumber<std::int32_t>());
+    injection.origin = origin;
     return [injection] { virtualtv::inject(injection); };
 }
 
 // --- {"clear": true}
 
-Step prepareClear(const JsonNode&)
+Step prepareClear(const JsonNode&, const std::string&)
 {
     return [] { virtualtv::clearInjections(); };
 }
 
 // --- The line
 
-constexpr Preparation kActions[] = {
+struct Action {
+    const char* key;
+    Step (*prepare)(const JsonNode& value, const std::string& origin);
+};
+constexpr Action kActions[] = {
     {"wait", &prepareWait},
     {"set", &prepareSet},
     {"inject", &prepareInject},
@@ -221,7 +218,7 @@ const LineKind& kindOf(const JsonNode& line)
 
 } // namespace
 
-ScriptLine parseScriptLine(const std::string& line)
+ScriptLine parseScriptLine(const std::string& line, const std::string& origin)
 {
     const JsonNode request = parseJsonLine(line);
     if (!request.value.isObject() || request.members.empty())
@@ -234,7 +231,10 @@ ScriptLine parseScriptLine(const std::string& line)
         throw BadLine("\"" + std::string{kind.key} + "\" goes with no other key",
                       request.members[1].keyBegin);
     checkObject(request, kind.form, "the line");
-    const Step step = prepareByKey(kActions, kind.key, request.members.front().node);
+    const Action& action =
+        *std::find_if(std::begin(kActions), std::end(kActions),
+                      [&](const Action& row) { return request.members.front().key == row.key; });
+    const Step step = action.prepare(request.members.front().node, origin);
     return {request.value, nullptr, [step]() -> std::optional<Outcome> {
                 step();
                 return std::nullopt;

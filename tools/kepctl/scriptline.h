@@ -17,5 +17,5 @@ struct ScriptLine {
 };
 
 /// Checks a line and prepares what it asks for; throws BadLine, with nothing done, when it is no
-/// good.
-ScriptLine parseScriptLine(const std::string& line);
+/// good. `origin` says where it stands.
+ScriptLine parseScriptLine(const std::string& line, const std::string& origin = "");

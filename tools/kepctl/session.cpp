@@ -6,8 +6,7 @@
 #include <filesystem>
 #include <utility>
 
-#include <alsa/asoundlib.h>
-
+#include "alsamessages.h"
 #include "cards.h"
 #include "environment.h"
 #include "loglevels.h"
@@ -21,8 +20,6 @@ std::filesystem::path dataDirectory()
     return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "share" /
            "kep";
 }
-
-void ignoreAlsaMessage(const char*, int, const char*, int, const char*, ...) {}
 
 } // namespace
 
@@ -57,7 +54,7 @@ std::string enterTelevision(const Options& options)
     setenv("KEP_CONFIG_DIR", config.c_str(), /*overwrite=*/1);
     if (!options.hardware)
         virtualtv::enter();
-    snd_lib_error_set_handler(&ignoreAlsaMessage); // the library logs what matters of it
+    handleAlsaMessages(options.format == "text" && !options.quiet);
     admitLogLevel(std::stoi(options.logLevel));
     return "";
 }

@@ -107,7 +107,7 @@ int runShell(const Options& options)
     if (const std::string reason = enterTelevision(options); !reason.empty())
         return unusable(reason);
     const std::shared_ptr<LineInput> input = makeInput(); // shared: the trace outlives the shell
-    Player player{startTrace(options, [input] { input->makeRoom(); })};
+    Player player{startTrace(options, [input] { input->makeRoom(); }), options};
     if (isTyped() && options.format == "text")
         output::print("kepctl shell on the " + options.backend +
                       " backend. :help tells what can be typed, Ctrl-D leaves.\n");

@@ -48,7 +48,29 @@ void Trace::add(JValue event)
     if (std::this_thread::get_id() != mMainThread)
         event.put("thread", "worker");
     const std::lock_guard lock{mGuard};
+    watch(event);
     mWriter->write(event);
+}
+
+void Trace::watch(const JValue& event)
+{
+    const std::string kind = event["event"].asString();
+    if (kind == "request")
+        mHappened = {};
+    if (kind == "request" || kind == "result")
+        return;
+    mHappened.anything = true;
+    mHappened.errorLogged =
+        mHappened.errorLogged ||
+        (kind == "log" && event["level"].asNumber<std::int32_t>() <= kLogWarning);
+    mHappened.failedAccess =
+        mHappened.failedAccess || event["status"].asNumber<std::int32_t>() != 0;
+}
+
+Happened Trace::happened() const
+{
+    const std::lock_guard lock{mGuard};
+    return mHappened;
 }
 
 void Trace::comment(const std::string& text)

@@ -29,6 +29,13 @@ struct TextStyle {
 /// carry its "meaning" in words.
 std::unique_ptr<EventWriter> makeTextWriter(const TextStyle& style);
 
+/// What has happened since the last request, as far as it explains a result.
+struct Happened {
+    bool anything = false;     // any event
+    bool errorLogged = false;  // an error or a warning
+    bool failedAccess = false; // a card, the middleware or a line gave a failure
+};
+
 /// Collects the events of the script, the log and the virtual television from any thread.
 /// Constructed on the main thread, never destroyed: there are events until the process ends.
 class Trace
@@ -38,9 +45,13 @@ public:
 
     void add(JValue event);
     void comment(const std::string& text);
+    [[nodiscard]] Happened happened() const;
 
 private:
-    std::mutex mGuard;
+    void watch(const JValue& event);
+
+    mutable std::mutex mGuard;
+    Happened mHappened;
     const std::unique_ptr<EventWriter> mWriter;
     const std::thread::id mMainThread = std::this_thread::get_id();
 };

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+// What kepctl tells of itself, and what happens when nobody can hear it.
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "jdomparser.h"
+#include "kepcatalogue.h"
+#include "kepctltest.h"
+#include "listcommand.h"
+#include "operations.h"
+#include "scriptgrammar.h"
+#include "scriptline.h"
+#include "traceevents.h"
+
+using testing::AllOf;
+using testing::Contains;
+using testing::Each;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace
+{
+
+JValue parsed(const std::string& text)
+{
+    JDomParser parser{JSchema::acceptAll()};
+    return parser.parse(text);
+}
+
+/// The values of one key of all rows.
+Texts column(const JValue& rows, const char* key)
+{
+    Texts values;
+    for (const JValue& row : rows.elements())
+        values.push_back(row[key].asString());
+    return values;
+}
+
+} // namespace
+
+// --- Help
+
+TEST_F(Kepctl, TheVersionNamesToolAndLibrary)
+{
+    const Execution outcome = kepctl({"--version"});
+    EXPECT_EQ(outcome.status, kPlayed);
+    EXPECT_THAT(linesOf(outcome.output),
+                testing::ElementsAre(testing::MatchesRegex("kepctl [0-9]+[.][0-9]+[.][0-9]+"),
+                                     testing::MatchesRegex("library libkep[.]so[.0-9]* [(].*[)]")));
+}
+
+TEST_F(Kepctl, UsageLinesBeginWithTheProgramAndTheCommand)
+{
+    const Execution outcome = kepctl({"help"});
+    EXPECT_EQ(outcome.status, kPlayed);
+    EXPECT_THAT(linesOf(outcome.output), Contains(StartsWith("  kepctl run ")));
+    EXPECT_THAT(kepctl({"run", "--help"}).output, StartsWith("Usage: kepctl run "));
+    EXPECT_EQ(kepctl({"run", "--help"}).output, kepctl({"help", "run"}).output);
+}
+
+TEST_F(Kepctl, HelpOnScriptsShowsEveryKindAndKeyAndGoodExamples)
+{
+    const std::string text = kepctl({"help", "script"}).output;
+    for (const LineKind& kind : lineKinds())
+        EXPECT_THAT(text, HasSubstr("\n" + std::string{kind.key} + ": "));
+    for (const KeyRow& key : keyRows())
+        EXPECT_THAT(text, HasSubstr(key.key));
+    for (const LineExample& example : lineExamples()) {
+        EXPECT_THAT(text, HasSubstr(example.line));
+        EXPECT_NO_THROW(parseScriptLine(example.line)) << example.line;
+    }
+}
+
+TEST_F(Kepctl, HelpOnTracesShowsEveryEventWithAnExample)
+{
+    const std::string text = kepctl({"help", "trace"}).output;
+    for (const TraceEvent& event : kTraceEvents) {
+        EXPECT_THAT(text, HasSubstr("\n" + std::string{event.name} + ": "));
+        EXPECT_EQ(parsed(event.example)["event"].asString(), event.name);
+    }
+}
+
+// --- Lists
+
+TEST_F(Kepctl, EveryListIsGivenInEveryFormat)
+{
+    for (const std::string& name : listNames()) {
+        const Execution text = kepctl({"list", name});
+        EXPECT_EQ(text.status, kPlayed) << name;
+        EXPECT_GT(linesOf(text.output).size(), 1U) << name;
+        EXPECT_EQ(text.errors, "") << name;
+        const JValue rows = parsed(kepctl({"list", name, "--format", "json"}).output);
+        EXPECT_GT(rows.size(), 0U) << name;
+        EXPECT_THAT(kepctl({"list", "--format=markdown", name}).output, HasSubstr("|---|")) << name;
+    }
+}
+
+TEST_F(Kepctl, TheListsHoldWhatTheLibraryKnows)
+{
+    const JValue operations = parsed(kepctl({"list", "operations", "--format", "json"}).output);
+    EXPECT_EQ(operations.size(), operationRows().size());
+    for (const JValue& row : operations.elements())
+        if (row["operation"].asString() == "setOutputVolume") {
+            EXPECT_EQ(row["arguments"].stringify(),
+                      R"([{"name":"soundOutput","type":"a string"},)"
+                      R"({"name":"volume","type":"a whole number from 0 to 255"}])");
+        }
+    const JValue outputs = parsed(kepctl({"list", "outputs", "--format", "json"}).output);
+    EXPECT_EQ(outputs.size(), kepCatalogue::soundOutputs().size());
+    const JValue sources = parsed(kepctl({"list", "sources", "--format", "json"}).output);
+    EXPECT_EQ(sources.size(), kepCatalogue::inputSources().size());
+    const JValue categories = parsed(kepctl({"list", "categories", "--format", "json"}).output);
+    for (const kepSettingsCategory& category : kepCatalogue::settingsCategories())
+        EXPECT_THAT(column(categories, "category"), Contains(category.name));
+    const JValue elements = parsed(kepctl({"list", "elements", "--format", "json"}).output);
+    for (const kepControlElement& element : kepCatalogue::controlElements())
+        EXPECT_THAT(column(elements, "element"), Contains(element.name));
+    EXPECT_THAT(column(elements, "card"), Contains("default"));
+}
+
+TEST_F(Kepctl, EveryMiddlewareOperationCanBeInjected)
+{
+    const JValue rows = parsed(kepctl({"list", "middleware", "--format", "json"}).output);
+    for (const std::string& name : column(rows, "operation"))
+        EXPECT_NO_THROW(
+            parseScriptLine(R"({"inject": {"middleware": ")" + name + R"(", "status": 1}})"))
+            << name;
+}
+
+TEST_F(Kepctl, TheReferencePageIsUpToDate)
+{
+    std::ostringstream page;
+    page << std::ifstream{KEPCTL_REFERENCE}.rdbuf();
+    EXPECT_TRUE(page.str() == kepctl({"list", "all", "--format", "markdown"}).output)
+        << "write it anew: kepctl list all --format markdown > docs/reference.md";
+}
+
+// --- Output that cannot be written
+
+TEST_F(Kepctl, OutputThatCannotBeWrittenIsAnErrorOfEveryCommand)
+{
+    setenv("SCRIPT", script(kInitialize + kVolume40).c_str(), 1);
+    for (const char* command : {"run $SCRIPT", "run --format jsonl $SCRIPT", "env",
+                                "list operations", "list all --format json", "help", "help script",
+                                "help trace", "run --help", "--version"}) {
+        for (const char* output : {">/dev/full", ">&-"}) {
+            const Execution outcome = shell("\"$KEPCTL\" " + std::string{command} + " " + output);
+            EXPECT_EQ(outcome.status, kUnusable) << command << " " << output;
+            EXPECT_THAT(outcome.errors, StartsWith("kepctl: standard output: "))
+                << command << " " << output;
+        }
+    }
+}
+
+TEST_F(Kepctl, AClosedStandardInputIsAnErrorOnlyWhereItIsRead)
+{
+    setenv("SCRIPT", script(kInitialize + kVolume40).c_str(), 1);
+    const Execution read = shell("\"$KEPCTL\" run - <&-");
+    EXPECT_EQ(read.status, kUnusable);
+    EXPECT_EQ(read.errors, "kepctl: standard input: Bad file descriptor\n");
+    EXPECT_EQ(shell("\"$KEPCTL\" run --backend ALSA $SCRIPT <&-").status, kPlayed);
+    const Execution folder = shell("\"$KEPCTL\" run - < /");
+    EXPECT_EQ(folder.status, kUnusable);
+    EXPECT_EQ(folder.errors, "kepctl: standard input: Is a directory\n");
+}
+
+TEST_F(Kepctl, AReaderThatLeavesEndsItQuietly)
+{
+    setenv("SCRIPT", script(kInitialize + kVolume40).c_str(), 1);
+    // Also where the shell lets its children ignore the signal.
+    for (const char* before : {"", "trap '' PIPE; "}) {
+        const Execution outcome =
+            shell(std::string{before} + "{ \"$KEPCTL\" run $SCRIPT || true; } | true");
+        EXPECT_EQ(outcome.errors, "") << before;
+        EXPECT_EQ(outcome.status, 0) << before;
+    }
+}
+
+TEST_F(Kepctl, AClosedStandardErrorDoesNotSpoilTheCards)
+{
+    setenv("SCRIPT", script(kInitialize + kVolume40 + kHeadphone).c_str(), 1);
+    EXPECT_EQ(shell("\"$KEPCTL\" run --backend ALSA $SCRIPT 2>&-").status, kPlayed);
+    EXPECT_EQ(valueOf("default", "Master Playback Volume"), 40);
+}
