@@ -271,7 +271,8 @@ bool kepTVAudio::handleInGroup(SettingsGroup group, const std::string& category,
 
 kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
 {
-    static constexpr auto shown =
+    // Not constexpr: instrumented by the sanitizers, comparing a member pointer is no constant.
+    static const auto shown =
         projected(kepTVAudio::SettingsRow::kAll, [](const kepTVAudio::SettingsRow& row) {
             return kepSettingsCategory{row.category,           row.keys,
                                        row.takesQualityKeys,   row.stored,
