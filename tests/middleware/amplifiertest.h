@@ -419,4 +419,13 @@ protected:
         amplifier().initAmplifier();
         forget();
     }
+
+    /// Both register operations for a request, with what they make of it.
+    void expectWriteAndRead(const std::string& what, const JValue& request,
+                            const RegisterArguments& arguments)
+    {
+        expectAllOutcomes(writeRegisters(request, arguments));
+        const Operation read = readRegisters(request, arguments);
+        expectTrace(what, read.act, {read.steps[0].call}, {readCalled(request)});
+    }
 };

@@ -81,9 +81,7 @@ TEST_F(KepTvAmplifier, NumbersOfARequestKeepTheirLowEightBits)
             const JValue request = registerRequest(key.key, json(row.json));
             RegisterArguments arguments;
             arguments.*key.argument = row.byte;
-            expectAllOutcomes(writeRegisters(request, arguments));
-            expectTrace(row.json, readRegisters(request, arguments).act,
-                        {readRegisters(request, arguments).steps[0].call}, {readCalled(request)});
+            expectWriteAndRead(row.json, request, arguments);
         }
     }
 }
@@ -95,9 +93,7 @@ TEST_F(KepTvAmplifier, TextsOfARequestArePassedOnAsTheyAre)
             const JValue request = registerRequest(key.key, json(row.json));
             RegisterArguments arguments;
             arguments.*key.argument = row.text;
-            expectAllOutcomes(writeRegisters(request, arguments));
-            expectTrace(row.json, readRegisters(request, arguments).act,
-                        {readRegisters(request, arguments).steps[0].call}, {readCalled(request)});
+            expectWriteAndRead(row.json, request, arguments);
         }
     }
 }

@@ -6,9 +6,6 @@
 #include <functional>
 #include <mutex>
 
-#include <dlfcn.h>
-#include <pthread.h>
-
 #include <glib.h>
 
 #include "startupworker.h"
@@ -46,15 +43,5 @@ guint __wrap_g_timeout_add(guint intervalMs, GSourceFunc callback, gpointer data
     const std::lock_guard lock{gTimersGuard};
     gTimers.push_back({intervalMs, callback, data, id});
     return id;
-}
-
-// Called by the C++ library, so the linker cannot wrap it; the program's own one is found first.
-[[gnu::visibility("default")]] int pthread_create(pthread_t* thread,
-                                                  const pthread_attr_t* attributes,
-                                                  void* (*start)(void*), void* argument) noexcept
-{
-    using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-    static const auto real = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
-    return gThreadError != 0 ? gThreadError.load() : real(thread, attributes, start, argument);
 }
 }

@@ -25,6 +25,7 @@
 #include <gtest/gtest.h>
 
 #include "journal.h"
+#include "threaderror.h"
 #include "tvbackendtest.h"
 
 /// A loaded machine with a sanitizer needs its time.
@@ -44,7 +45,6 @@ struct Timer {
 inline std::atomic<bool> gRealPause{false};      // otherwise the worker's pause ends at once
 inline std::atomic<std::int64_t> gPauseMs{0};    // the last pause that was asked for
 inline std::atomic<bool> gTimersFireSoon{false}; // otherwise after as long as was asked for
-inline std::atomic<int> gThreadError{0};         // of the next threads to be made
 inline std::atomic<int> gWorksLaunched{0};
 inline std::atomic<int> gWorksEnded{0};
 inline std::mutex gTimersGuard;

@@ -16,12 +16,12 @@
 #include <system_error>
 #include <thread>
 
-#include <dlfcn.h>
-#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
+
+#include "threaderror.h"
 
 namespace
 {
@@ -32,7 +32,6 @@ using std::chrono::steady_clock;
 constexpr unsigned int kDeadlineSeconds = 60; // a child that takes longer hangs
 constexpr milliseconds kForever = std::chrono::hours{1};
 
-std::atomic<int> gThreadError{0};      // of the next threads to be made
 std::atomic<bool> gOutOfMemory{false}; // when the next threads are made
 
 } // namespace
@@ -48,16 +47,6 @@ void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_
         throw std::bad_alloc{};
     __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
         thread, state, depend);
-}
-
-// Called by the C++ library, so the linker cannot wrap it; the program's own one is found first.
-[[gnu::visibility("default")]] int pthread_create(pthread_t* thread,
-                                                  const pthread_attr_t* attributes,
-                                                  void* (*start)(void*), void* argument) noexcept
-{
-    using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-    static const auto real = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
-    return gThreadError != 0 ? gThreadError.load() : real(thread, attributes, start, argument);
 }
 }
 
