@@ -404,7 +404,7 @@ std::string cardTable(const Card& card)
     for (const Element& element : card.elements) {
         JValue object = JValue::object();
         for (const Key& key : kKeys)
-            object.put(key.name, key.give(element));
+            static_cast<void>(object.put(key.name, key.give(element)));
         table += separator + object.stringify();
         separator = ",\n";
     }

@@ -20,11 +20,13 @@ private:
 };
 
 /// Parses strict JSON: one value, nothing after it but blanks, no comments, valid UTF-8, containers
-/// at most JValue::kMaxDepth deep, no NUL character in a key. A key given twice keeps its first
+/// at most kMaxDepth deep, no NUL character in a key. A key given twice keeps its first
 /// place and its last value.
 class KEP_PLATFORM_EXPORT JDomParser
 {
 public:
+    static constexpr int kMaxDepth = 64;
+    static_assert(kMaxDepth < JValue::kMaxDepth);
     static constexpr std::size_t kMaxFileBytes = std::size_t{1} << 20;
     static constexpr std::size_t kMaxErrorBytes = 512;
 

@@ -25,17 +25,22 @@ struct json_object;
 class KEP_PLATFORM_EXPORT JValue
 {
 public:
-    /// Containers that may stand inside one another, the outermost included; parsed and built
-    /// alike.
-    static constexpr int kMaxDepth = 64;
+    /// Containers that may stand inside one another, the outermost included. More than the parser
+    /// lets in: what was parsed can be put into an answer, a message or a list of them.
+    static constexpr int kMaxDepth = 72;
 
     using Member = std::pair<std::string, JValue>;
+
+    template <typename Type>
+    static constexpr bool kIsScalar =
+        std::is_arithmetic_v<Type> || std::is_convertible_v<const Type&, std::string_view>;
 
     // --- Making values
 
     /// The null value.
     JValue() noexcept = default;
-    JValue(bool value);
+    /// Needs no memory.
+    JValue(bool value) noexcept : mKind(value ? Kind::True : Kind::False) {}
     /// A number that is not finite becomes null.
     JValue(double value);
     /// `text` is UTF-8 and may hold NUL characters.
@@ -65,8 +70,8 @@ public:
     // --- Type. Exactly one of the is... answers is true for a valid value, none for an invalid
     // one.
 
-    [[nodiscard]] bool isValid() const noexcept { return mValid; }
-    [[nodiscard]] bool isNull() const noexcept { return mValid && mNode == nullptr; }
+    [[nodiscard]] bool isValid() const noexcept { return mKind != Kind::Invalid; }
+    [[nodiscard]] bool isNull() const noexcept { return mKind == Kind::Node && mNode == nullptr; }
     [[nodiscard]] bool isBool() const noexcept;
     [[nodiscard]] bool isNumber() const noexcept;
     [[nodiscard]] bool isString() const noexcept;
@@ -119,8 +124,20 @@ public:
     // invalid, when the key holds a NUL character or when the document would become too deep.
 
     /// Sets a member; a key that exists keeps its place.
-    bool put(const std::string& key, const JValue& value);
-    bool append(const JValue& value);
+    [[nodiscard]] bool put(const std::string& key, const JValue& value);
+    [[nodiscard]] bool append(const JValue& value);
+    /// The same for numbers, bools and texts: an object refuses none of them under a literal key,
+    /// an array none at all.
+    template <std::size_t Size, typename Scalar, std::enable_if_t<kIsScalar<Scalar>, int> = 0>
+    bool put(const char (&key)[Size], const Scalar& value)
+    {
+        return put(std::string{key}, JValue{value});
+    }
+    template <typename Scalar, std::enable_if_t<kIsScalar<Scalar>, int> = 0>
+    bool append(const Scalar& value)
+    {
+        return append(JValue{value});
+    }
     /// False when there was nothing to remove.
     bool remove(const std::string& key);
     bool remove(std::size_t index);
@@ -131,6 +148,8 @@ public:
     /// for an invalid value. Integers beyond 64 bits were cut to the nearest that fits when they
     /// were parsed.
     [[nodiscard]] std::string stringify() const;
+    /// Containers that stand inside one another in this value, itself included; 0 for a scalar.
+    [[nodiscard]] int depth() const noexcept;
     /// An equal value that shares nothing with this one.
     [[nodiscard]] JValue deepCopy() const;
     /// Equal type and content, members in any order. The numbers 1 and 1.0 differ.
@@ -140,13 +159,17 @@ public:
 private:
     friend class JDomParser;
 
+    enum class Kind : std::uint8_t { Invalid, Node, False, True };
+
     JValue(json_object* owned, int level) noexcept : mNode(owned), mLevel(level) {}
     static JValue ofSigned(std::int64_t value);
     static JValue ofUnsigned(std::uint64_t value);
     [[nodiscard]] JValue element(std::size_t index) const noexcept;
     [[nodiscard]] bool fitsInside(const JValue& value) const noexcept;
+    /// A copy that the caller owns; null for null.
+    [[nodiscard]] json_object* copyOfNode() const;
 
-    json_object* mNode = nullptr; // one reference is ours; json-c's null is a null pointer
+    json_object* mNode = nullptr; // of kind Node: one reference is ours; json-c's null is null
     int mLevel = 1; // containers from the document's root down to this value, if it is one
-    bool mValid = true;
+    Kind mKind = Kind::Node;
 };

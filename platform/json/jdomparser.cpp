@@ -96,13 +96,12 @@ JValue JDomParser::parse(std::string_view text)
         return fail("text too long");
     if (g_utf8_validate_len(text.data(), text.size(), nullptr) == FALSE)
         return fail("not valid UTF-8");
-    const char* fault = findLexicalFault(text, JValue::kMaxDepth);
+    const char* fault = findLexicalFault(text, kMaxDepth);
     if (*fault != '\0')
         return fail(fault);
 
     // The depth has been checked; json-c needs one level for a scalar in the innermost container.
-    const std::unique_ptr<json_tokener, TokenerDeleter> tokener{
-        json_tokener_new_ex(JValue::kMaxDepth + 1)};
+    const std::unique_ptr<json_tokener, TokenerDeleter> tokener{json_tokener_new_ex(kMaxDepth + 1)};
     if (!tokener)
         throw std::bad_alloc{};
     json_tokener_set_flags(tokener.get(), JSON_TOKENER_STRICT);

@@ -67,18 +67,7 @@ Integer saturate(double number) noexcept
     return static_cast<Integer>(number);
 }
 
-/// A copy that the caller owns; null for null.
-json_object* copyOf(json_object* node)
-{
-    json_object* copy = nullptr;
-    if (node != nullptr && json_object_deep_copy(node, &copy, nullptr) != 0)
-        throw std::bad_alloc{};
-    return copy;
-}
-
 } // namespace
-
-JValue::JValue(bool value) : mNode(orThrow(json_object_new_boolean(value ? 1 : 0))) {}
 
 JValue::JValue(double value)
 {
@@ -119,17 +108,17 @@ JValue JValue::array()
 JValue JValue::invalid() noexcept
 {
     JValue value;
-    value.mValid = false;
+    value.mKind = Kind::Invalid;
     return value;
 }
 
 JValue::JValue(const JValue& other) noexcept
-    : mNode(json_object_get(other.mNode)), mLevel(other.mLevel), mValid(other.mValid)
+    : mNode(json_object_get(other.mNode)), mLevel(other.mLevel), mKind(other.mKind)
 {
 }
 
 JValue::JValue(JValue&& other) noexcept
-    : mNode(std::exchange(other.mNode, nullptr)), mLevel(other.mLevel), mValid(other.mValid)
+    : mNode(std::exchange(other.mNode, nullptr)), mLevel(other.mLevel), mKind(other.mKind)
 {
 }
 
@@ -137,7 +126,7 @@ JValue& JValue::operator=(JValue other) noexcept
 {
     std::swap(mNode, other.mNode);
     mLevel = other.mLevel;
-    mValid = other.mValid;
+    mKind = other.mKind;
     return *this;
 }
 
@@ -148,7 +137,7 @@ JValue::~JValue()
 
 bool JValue::isBool() const noexcept
 {
-    return isOfType(mNode, json_type_boolean);
+    return mKind == Kind::False || mKind == Kind::True || isOfType(mNode, json_type_boolean);
 }
 
 bool JValue::isNumber() const noexcept
@@ -184,7 +173,7 @@ bool JValue::asString(std::string& text) const
 
 bool JValue::asBool(bool& value) const noexcept
 {
-    value = isBool() && json_object_get_boolean(mNode) != 0;
+    value = mKind == Kind::True || (isBool() && json_object_get_boolean(mNode) != 0);
     return isBool();
 }
 
@@ -283,14 +272,24 @@ std::vector<JValue> JValue::elements() const
 
 bool JValue::fitsInside(const JValue& value) const noexcept
 {
-    return value.isValid() && mLevel + depthOf(value.mNode) <= kMaxDepth;
+    return value.isValid() && mLevel + value.depth() <= kMaxDepth;
+}
+
+json_object* JValue::copyOfNode() const
+{
+    if (mKind == Kind::False || mKind == Kind::True)
+        return orThrow(json_object_new_boolean(mKind == Kind::True ? 1 : 0));
+    json_object* copy = nullptr;
+    if (mNode != nullptr && json_object_deep_copy(mNode, &copy, nullptr) != 0)
+        throw std::bad_alloc{};
+    return copy;
 }
 
 bool JValue::put(const std::string& key, const JValue& value)
 {
     if (!isObject() || holdsNul(key) || !fitsInside(value))
         return false;
-    json_object* copy = copyOf(value.mNode);
+    json_object* copy = value.copyOfNode();
     if (json_object_object_add(mNode, key.c_str(), copy) != 0) {
         json_object_put(copy);
         throw std::bad_alloc{};
@@ -302,7 +301,7 @@ bool JValue::append(const JValue& value)
 {
     if (!isArray() || !fitsInside(value))
         return false;
-    json_object* copy = copyOf(value.mNode);
+    json_object* copy = value.copyOfNode();
     if (json_object_array_add(mNode, copy) != 0) {
         json_object_put(copy);
         throw std::bad_alloc{};
@@ -325,17 +324,27 @@ bool JValue::remove(std::size_t index)
 
 std::string JValue::stringify() const
 {
+    if (mKind == Kind::False || mKind == Kind::True)
+        return mKind == Kind::True ? "true" : "false";
     std::size_t length = 0;
     const char* text = json_object_to_json_string_length(mNode, kTextFlags, &length);
     return text != nullptr ? std::string{text, length} : throw std::bad_alloc{};
 }
 
+int JValue::depth() const noexcept
+{
+    return depthOf(mNode);
+}
+
 JValue JValue::deepCopy() const
 {
-    return isValid() ? JValue{copyOf(mNode), 1} : invalid();
+    return isValid() ? JValue{copyOfNode(), 1} : invalid();
 }
 
 bool JValue::operator==(const JValue& other) const noexcept
 {
-    return mValid == other.mValid && json_object_equal(mNode, other.mNode) != 0;
+    if (isBool() && other.isBool())
+        return asBool() == other.asBool();
+    return isValid() == other.isValid() && !isBool() && !other.isBool() &&
+           json_object_equal(mNode, other.mNode) != 0;
 }

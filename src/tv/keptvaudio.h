@@ -321,7 +321,7 @@ public:
 
     /// Remembers the payload as the category's value, in the place of an earlier one, at the list's
     /// end.
-    void storeSettings(const std::string& category, JValue payload);
+    bool storeSettings(const std::string& category, JValue payload);
     /// The stored settings of one category as an array of at most one, or the amplifier's state.
     JValue getSettingsObject(const std::string& category);
 

@@ -230,7 +230,7 @@ JValue kepTVAudio::getSettings(const std::string& category, JValue request)
     for (const JValue& stored : mSettingsList) {
         if (!stored.hasKey("category"))
             continue;
-        answer.append(stored);
+        static_cast<void>(answer.append(stored)); // storeSettings left room for it
         KEP_LOG_AS(KEP_HERE.as("printAudioVideoInfoTable"), kLogDebug, "", // sic
                    "StreamInfo  Inside =  %s", stored.stringify().c_str());
     }
@@ -250,7 +250,7 @@ JValue kepTVAudio::getSettingsObject(const std::string& category)
             list.append(state);
         JValue answer = JValue::object();
         answer.put("amplifierType", type);
-        answer.put("amplifierStates", list);
+        static_cast<void>(answer.put("amplifierStates", list));
         KEP_DEBUG("Reply Back from getSettings = %s", answer.stringify().c_str());
         return answer;
     }
@@ -260,7 +260,7 @@ JValue kepTVAudio::getSettingsObject(const std::string& category)
         std::find_if(mSettingsList.begin(), mSettingsList.end(),
                      [&](const JValue& candidate) { return isOfCategory(candidate, category); });
     if (stored != mSettingsList.end()) {
-        answer.append(*stored);
+        static_cast<void>(answer.append(*stored));
         KEP_DEBUG("Requested Category StreamInfo = %s", stored->stringify().c_str());
     }
     return answer;

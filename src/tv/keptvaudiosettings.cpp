@@ -10,6 +10,14 @@
 #include "keptvaudio.h"
 #include "payloadkeys.h"
 
+namespace
+{
+
+/// What stands around a payload in an answer of getSettings: the list, and its category's entry.
+constexpr int kAnswerDepth = 2;
+
+} // namespace
+
 // --- Pipelines
 
 bool kepTVAudio::updatePipelineInfo(JValue pipelineInfo)
@@ -142,11 +150,19 @@ bool kepTVAudio::isOfCategory(const JValue& stored, const std::string& category)
     return stored["category"].asString(name) && name == category;
 }
 
-void kepTVAudio::storeSettings(const std::string& category, JValue payload)
+bool kepTVAudio::storeSettings(const std::string& category, JValue payload)
 {
     KEP_INFO("INFO_LOG", "Store settings key for category %s", category.c_str());
-    // The caller keeps its own; what it did not give is null.
-    JValue value = payload.isValid() ? payload.deepCopy() : JValue{};
+    if (payload.depth() + kAnswerDepth > JValue::kMaxDepth) {
+        KEP_ERROR("ERROR_LOG", "Settings of category %s are nested too deep to be stored",
+                  category.c_str());
+        return false;
+    }
+    JValue entry = JValue::object();
+    entry.put("category", category);
+    // Put first, which copies: the caller keeps its own. What it did not give is null.
+    static_cast<void>(entry.put("value", payload.isValid() ? payload : JValue{}));
+    JValue value = entry["value"];
     for (const char* key : {"returnValue", "subscribe"})
         if (value.remove(key))
             KEP_DEBUG("settingsValue After removing an element=  %s",
@@ -158,12 +174,10 @@ void kepTVAudio::storeSettings(const std::string& category, JValue payload)
         KEP_DEBUG("Found the Category change only Value Delete the same and add new one in Vector");
         mSettingsList.erase(stored);
     }
-    JValue entry = JValue::object();
-    entry.put("category", category);
-    entry.put("value", value);
     mSettingsList.push_back(entry);
     KEP_DEBUG("Category = %s and the settingsValue = %s", category.c_str(),
               entry.stringify().c_str());
+    return true;
 }
 
 // --- Dispatch
@@ -253,9 +267,7 @@ bool kepTVAudio::handle(const SettingsRow& row, const JValue& payload)
 {
     if (row.handler == nullptr || !(this->*row.handler)(payload))
         return false;
-    if (row.stored)
-        storeSettings(row.category, payload);
-    return true;
+    return !row.stored || storeSettings(row.category, payload);
 }
 
 bool kepTVAudio::handleInGroup(SettingsGroup group, const std::string& category,
@@ -661,7 +673,7 @@ bool kepTVAudio::setPictureSettings(JValue payload)
         mPtrParserInstance->withMap(params, [&](kepTvParser::Map& map) { map[kLevel] = level; });
     } else {
         JValue entry = JValue::object();
-        entry.put(kLevel, level);
+        static_cast<void>(entry.put(kLevel, level)); // refused by no object
         mPtrParserInstance->storeParameters(entry, params);
     }
     KEP_DEBUG("Updated memcDelayLevel Value received = %s", level.c_str());

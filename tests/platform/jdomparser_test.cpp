@@ -196,9 +196,9 @@ TEST(JDomParserDepth, TheLimitIsAcceptedAndOneMoreRefused)
     }
 }
 
-TEST(JDomParserDepth, IsThatOfBuiltValues)
+TEST(JDomParserDepth, LeavesBuiltValuesRoomToWrapWhatWasParsed)
 {
-    EXPECT_EQ(JValue::kMaxDepth, 64);
+    EXPECT_EQ(JDomParser::kMaxDepth, 64);
     JValue built = JValue::array();
     for (int level = 1; level < kMax; ++level) {
         JValue outer = JValue::array();
@@ -206,6 +206,13 @@ TEST(JDomParserDepth, IsThatOfBuiltValues)
         built = outer;
     }
     EXPECT_EQ(json(nested(kMax, "[", "", "]")), built);
+    EXPECT_EQ(built.depth(), kMax);
+    for (int level = kMax + 1; level <= kMax + 8; ++level) {
+        JValue outer = JValue::array();
+        ASSERT_TRUE(outer.append(built)) << level;
+        built = outer;
+    }
+    EXPECT_EQ(built.stringify(), nested(kMax + 8, "[", "", "]"));
 }
 
 TEST(JDomParserDepth, SiblingsDoNotAddUp)

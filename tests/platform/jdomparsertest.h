@@ -11,7 +11,7 @@
 #include "jsonvalues.h"
 #include "jvalue.h"
 
-inline constexpr int kMax = JValue::kMaxDepth;
+inline constexpr int kMax = JDomParser::kMaxDepth;
 
 struct Row {
     const char* what;

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // JSON values: what copies share, and how deep they may be nested.
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "jdomparser.h"
 #include "jsonvalues.h"
 #include "jvaluetest.h"
 
@@ -208,6 +210,31 @@ TEST(JValueSharing, AssigningCarriesValidityOver)
     EXPECT_EQ(value, JValue{2});
 }
 
+TEST(JValueSharing, ABoolThatWasMadeIsThatWhichWasParsed)
+{
+    static_assert(std::is_nothrow_constructible_v<JValue, bool>);
+    for (const bool flag : {false, true}) {
+        const JValue made{flag};
+        const JValue fromText = json(flag ? "true" : "false");
+        JValue assigned{"text"};
+        assigned = made;
+        JValue array = JValue::array();
+        EXPECT_TRUE(array.append(made));
+        for (const JValue& same : {made, assigned, made.deepCopy(), array[0]}) {
+            EXPECT_TRUE(same.isValid() && same.isBool() && !same.isNull());
+            EXPECT_EQ(same.asBool(), flag);
+            EXPECT_EQ(same.stringify(), fromText.stringify());
+            EXPECT_EQ(same, fromText);
+            EXPECT_EQ(fromText, same);
+            for (const JValue& other :
+                 {JValue{!flag}, JValue{}, JValue::invalid(), JValue{1}, JValue{"true"}}) {
+                EXPECT_NE(same, other);
+                EXPECT_NE(other, same);
+            }
+        }
+    }
+}
+
 TEST(JValueSharing, MovingKeepsInvalidInvalid)
 {
     JValue source = JValue::invalid();
@@ -219,9 +246,18 @@ TEST(JValueSharing, MovingKeepsInvalidInvalid)
 
 constexpr int kMax = JValue::kMaxDepth;
 
-TEST(JValueDepth, TheLimitIs64Containers)
+TEST(JValueDepth, TheLimitIs72Containers)
 {
-    EXPECT_EQ(JValue::kMaxDepth, 64);
+    EXPECT_EQ(JValue::kMaxDepth, 72);
+}
+
+TEST(JValueDepth, IsThatOfTheDeepestBranch)
+{
+    EXPECT_EQ(json(R"([1, [2, {"a": [], "b": 3}], []])").depth(), 4);
+    EXPECT_EQ(json("{}").depth(), 1);
+    for (const JValue& scalar : {JValue{}, JValue{true}, JValue{1}, JValue{"a"}, json("false")})
+        EXPECT_EQ(scalar.depth(), 0);
+    EXPECT_EQ(JValue::invalid().depth(), 0);
 }
 
 TEST(JValueDepth, AppendAcceptsTheLimitAndRefusesOneMore)
@@ -257,12 +293,13 @@ TEST(JValueDepth, AScalarIsNoLevel)
     EXPECT_EQ(innermost.stringify(), R"(["text",1,null])");
 }
 
-TEST(JValueDepth, ABuiltDocumentOfTheLimitParsesAgain)
+TEST(JValueDepth, ABuiltDocumentOfTheParsersLimitParsesAgain)
 {
-    const std::string arrays = nestedArrays(kMax, 1).stringify();
-    EXPECT_EQ(arrays, std::string(kMax, '[') + "1" + std::string(kMax, ']'));
+    constexpr int kParsed = JDomParser::kMaxDepth;
+    const std::string arrays = nestedArrays(kParsed, 1).stringify();
+    EXPECT_EQ(arrays, std::string(kParsed, '[') + "1" + std::string(kParsed, ']'));
     EXPECT_EQ(json(arrays).stringify(), arrays);
-    const JValue objects = nestedObjects(kMax);
+    const JValue objects = nestedObjects(kParsed);
     EXPECT_EQ(json(objects.stringify()), objects);
     EXPECT_EQ(objects.deepCopy(), objects);
 }
@@ -311,9 +348,11 @@ TEST(JValueDepth, CountsFromTheRootAlsoThroughSnapshots)
 
 TEST(JValueDepth, CountsFromTheRootOfAParsedDocument)
 {
-    const JValue root = json(std::string(kMax, '[') + std::string(kMax, ']'));
-    JValue innermost = arrayAtLevel(root, kMax);
-    EXPECT_FALSE(innermost.append(JValue::object()));
+    constexpr int kParsed = JDomParser::kMaxDepth;
+    const JValue root = json(std::string(kParsed, '[') + std::string(kParsed, ']'));
+    JValue innermost = arrayAtLevel(root, kParsed);
+    EXPECT_FALSE(innermost.append(nestedArrays(kMax - kParsed + 1)));
+    EXPECT_TRUE(innermost.append(nestedArrays(kMax - kParsed)));
     EXPECT_TRUE(innermost.append(1));
 }
 
@@ -379,7 +418,8 @@ TEST(JValueDepth, AContainerPutIntoItselfStopsAtTheLimit)
     while (accepted < 2 * kMax && object.put("self", object))
         ++accepted;
     EXPECT_EQ(accepted, kMax - 1) << "each put adds one level to the one at the start";
-    EXPECT_EQ(object, json(object.stringify()));
+    EXPECT_EQ(object.depth(), kMax);
+    EXPECT_EQ(object, object.deepCopy());
 }
 
 } // namespace

@@ -33,7 +33,7 @@ inline JValue json(std::string_view text)
 inline JValue with(const std::string& key, const JValue& value)
 {
     JValue object = JValue::object();
-    object.put(key, value);
+    static_cast<void>(object.put(key, value));
     return object;
 }
 

@@ -199,7 +199,7 @@ TEST_F(MainAudio, IsWrittenUnlessAPurposeSpeaksAgainstIt)
         bool main;
     };
     JValue notAnArray = JValue::object();
-    notAnArray.put("pipelinePurpose", with("0", "EFFECT"));
+    static_cast<void>(notAnArray.put("pipelinePurpose", with("0", "EFFECT")));
     JValue mixed = JValue::array();
     mixed.append(5);
     mixed.append("EFFECT");
@@ -285,7 +285,7 @@ TEST_F(MainAudio, NamesTheStreamTypeOfARefusedPurpose)
 TEST_F(MainAudio, IsTakenWhenTheAttributesAreNoObject)
 {
     JValue array = JValue::array();
-    array.append(game());
+    static_cast<void>(array.append(game()));
     for (const JValue& request : {JValue{}, JValue{"kepgame"}, JValue{7}, JValue{true}, array,
                                   JValue::array(), JValue::invalid()}) {
         forget();

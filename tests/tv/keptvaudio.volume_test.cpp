@@ -322,7 +322,7 @@ TEST_F(VolumeTest, AResetIsAskedForByATrueReset)
     const auto with = [](const JValue& value) {
         JValue object = JValue::object();
         object.put("pipelineId", "p");
-        object.put("reset", value);
+        static_cast<void>(object.put("reset", value));
         return object;
     };
     JValue other = JValue::object();

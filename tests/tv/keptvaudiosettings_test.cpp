@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include "jdomparser.h"
 #include "kepclient.h"
 #include "settingstest.h"
 
@@ -334,6 +335,42 @@ TEST_F(SettingsTest, AnswersOfTheCallerAreNotStored)
             lines.push_back(shortened(text));
         lines.push_back(remembered("dimension", stored().front()));
         EXPECT_EQ(logLines(), lines) << row.payload;
+    }
+}
+
+TEST_F(SettingsTest, WhateverTheParserLetsInIsStoredListedAndAnsweredWhole)
+{
+    for (int depth = 1; depth <= JDomParser::kMaxDepth; ++depth) {
+        const std::string inner(static_cast<std::size_t>(depth - 1), '[');
+        const std::string closing(static_cast<std::size_t>(depth - 1), ']');
+        const std::string text = R"({"a":)" + (depth > 1 ? inner + closing : "1") + "}";
+        ASSERT_EQ(set("dimension", text), kDone) << depth;
+        const std::string entry = R"({"category":"dimension","value":)" + text + "}";
+        EXPECT_EQ(mBackend.getSettings("", JValue{}).stringify(), "[" + entry + "]") << depth;
+        EXPECT_EQ(mBackend.getSettings("dimension", JValue{}).stringify(), "[" + entry + "]")
+            << depth;
+    }
+}
+
+TEST_F(SettingsTest, APayloadThatNoAnswerHasRoomForIsRefusedAndTheOneBeforeKept)
+{
+    JValue payload = JValue::object();
+    while (payload.depth() < JValue::kMaxDepth) {
+        restart();
+        const bool fits = payload.depth() + 2 <= JValue::kMaxDepth;
+        set("dimension", R"({"before":1})");
+        forget();
+        EXPECT_EQ(mBackend.setSettings("dimension", payload), fits ? kDone : kFailed);
+        const std::string kept = fits ? payload.stringify() : R"({"before":1})";
+        EXPECT_THAT(stored(), ElementsAre(storedAs("dimension", kept)));
+        EXPECT_EQ(mBackend.getSettings("", JValue{})[0]["value"].stringify(), kept);
+        const LogLine refusal =
+            kSettings.refusal("ERROR_LOG", "storeSettings",
+                              "Settings of category dimension are nested too deep to be stored");
+        EXPECT_EQ(logLines(kLogError), fits ? Lines{} : Lines{refusal}) << payload.depth();
+        JValue outer = JValue::object();
+        ASSERT_TRUE(outer.put("a", payload));
+        payload = outer;
     }
 }
 

@@ -205,7 +205,7 @@ TEST_F(KepTvParser, AThousandMembersAreAllStored)
 {
     JValue object = JValue::object();
     for (int i = 0; i < 1000; ++i)
-        object.put("key" + std::to_string(i), i);
+        static_cast<void>(object.put("key" + std::to_string(i), i));
     EXPECT_TRUE(store().storeParameters(object, map));
     ASSERT_EQ(map.size(), 1000U);
     for (int i = 0; i < 1000; ++i)

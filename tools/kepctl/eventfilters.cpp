@@ -169,7 +169,7 @@ std::unique_ptr<EventWriter> withoutClocks(std::unique_ptr<EventWriter> next)
             JValue pairs = event["pairs"];
             for (const char* key : kVaryingPairs)
                 if (pairs.hasKey(key))
-                    pairs.put(key, "0");
+                    static_cast<void>(pairs.put(key, "0"));
             return true;
         },
         std::move(next));

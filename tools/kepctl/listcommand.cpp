@@ -25,8 +25,14 @@ JValue object(std::initializer_list<std::pair<const char*, JValue>> members)
 {
     JValue result = JValue::object();
     for (const auto& [key, value] : members)
-        result.put(key, value);
+        static_cast<void>(result.put(key, value)); // as shallow as it stands here
     return result;
+}
+
+/// One more row, which is as shallow as it stands here.
+void addTo(JValue& rows, const JValue& row)
+{
+    static_cast<void>(rows.append(row));
 }
 
 JValue arrayOf(const Names& names)
@@ -48,8 +54,8 @@ JValue operations()
     for (const Operation& operation : operationRows()) {
         JValue arguments = JValue::array();
         for (const Argument& argument : operation.takes())
-            arguments.append(object({{"name", argument.name}, {"type", typeOf(argument.kind)}}));
-        rows.append(object({{"operation", operation.name},
+            addTo(arguments, object({{"name", argument.name}, {"type", typeOf(argument.kind)}}));
+        addTo(rows, object({{"operation", operation.name},
                             {"arguments", arguments},
                             {"result", kAnswers[static_cast<int>(operation.answer)]},
                             {"meaning", operation.summary}}));
@@ -204,7 +210,7 @@ JValue elements()
 {
     JValue rows = JValue::array();
     for (const CardElement& element : cardElements())
-        rows.append(object({{"card", element.card},
+        addTo(rows, object({{"card", element.card},
                             {"element", element.name},
                             {"type", element.type},
                             {"count", element.count},
@@ -218,7 +224,7 @@ JValue middleware()
 {
     JValue rows = JValue::array();
     for (const virtualtv::DeviceOperation& operation : virtualtv::kMiddlewareOperations)
-        rows.append(object({{"operation", operation.name}, {"arguments", operation.arguments}}));
+        addTo(rows, object({{"operation", operation.name}, {"arguments", operation.arguments}}));
     return rows;
 }
 
@@ -239,17 +245,17 @@ JValue faults()
     for (const auto& [form, at] : kFaults)
         for (const KeyRow& key : keyRows())
             if (key.form == form)
-                rows.append(
-                    object({{"at", at},
-                            {"key", key.key},
-                            {"type", typeOf(key)},
-                            {"needed", key.required},
-                            {"meaning", key.help},
-                            {"values",
-                             key.kind == ValueKind::InputLine || key.kind == ValueKind::SubMicro ||
-                                     key.kind == ValueKind::Stage || key.kind == ValueKind::Card
-                                 ? arrayOf(valuesOf(key.kind))
-                                 : JValue::array()}}));
+                addTo(rows, object({{"at", at},
+                                    {"key", key.key},
+                                    {"type", typeOf(key)},
+                                    {"needed", key.required},
+                                    {"meaning", key.help},
+                                    {"values", key.kind == ValueKind::InputLine ||
+                                                       key.kind == ValueKind::SubMicro ||
+                                                       key.kind == ValueKind::Stage ||
+                                                       key.kind == ValueKind::Card
+                                                   ? arrayOf(valuesOf(key.kind))
+                                                   : JValue::array()}}));
     return rows;
 }
 
@@ -257,7 +263,7 @@ JValue backends()
 {
     JValue rows = JValue::array();
     for (const std::string& name : names::backends())
-        rows.append(object({{"backend", name}}));
+        addTo(rows, object({{"backend", name}}));
     return rows;
 }
 

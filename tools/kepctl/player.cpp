@@ -48,7 +48,7 @@ void Player::playLine(const std::string& line, const std::string& origin)
     JValue request = JValue::object();
     request.put("event", "request");
     for (const auto& [key, value] : parsed.request.members())
-        request.put(key, value);
+        static_cast<void>(request.put(key, value)); // as deep as it was parsed
     mTrace.add(request);
 
     const std::optional<Outcome> outcome = parsed.run();
@@ -57,7 +57,7 @@ void Player::playLine(const std::string& line, const std::string& origin)
     JValue result = JValue::object();
     result.put("event", "result");
     result.put("call", parsed.operation->name);
-    result.put("result", outcome->result);
+    static_cast<void>(result.put("result", outcome->result)); // what can be answered can be wrapped
     if (outcome->connected)
         result.put("connected", *outcome->connected);
     mTrace.add(result);

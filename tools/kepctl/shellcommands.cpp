@@ -78,7 +78,7 @@ JValue lineOf(const virtualtv::Injection& injection)
         if (injection.point == row.point)
             key = row.key;
     JValue fault = JValue::object();
-    fault.put(key, injection.name);
+    static_cast<void>(fault.put(key, injection.name));
     for (const Stage& stage : stageRows()) {
         if (stage.point != injection.point)
             continue;
@@ -94,7 +94,7 @@ JValue lineOf(const virtualtv::Injection& injection)
     if (injection.delayMs > 0)
         fault.put("delayMs", injection.delayMs);
     JValue line = JValue::object();
-    line.put("inject", fault);
+    static_cast<void>(line.put("inject", fault));
     return line;
 }
 

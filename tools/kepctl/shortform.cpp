@@ -98,13 +98,13 @@ JValue callOf(const Operation& operation, const std::vector<TypedWord>& words,
 {
     JValue arguments = JValue::array();
     for (std::size_t i = 1; i < words.size(); ++i)
-        arguments.append(valueOf(
+        static_cast<void>(arguments.append(valueOf(
             words[i], i <= operation.argumentCount && wantsText(operation.arguments[i - 1].kind),
-            typed));
+            typed)));
     JValue line = JValue::object();
     line.put("call", operation.name);
     if (arguments.size() > 0)
-        line.put("args", arguments);
+        static_cast<void>(line.put("args", arguments));
     return line;
 }
 
@@ -116,7 +116,8 @@ JValue objectOf(const std::vector<TypedWord>& words, const std::string& typed)
         if (i + 1 == words.size())
             throw BadLine("\"" + words[i].text + "\" lacks its value",
                           words[i].begin + words[i].text.size());
-        object.put(words[i].text, valueOf(words[i + 1], wantsText(words[i].text), typed));
+        static_cast<void>(
+            object.put(words[i].text, valueOf(words[i + 1], wantsText(words[i].text), typed)));
     }
     return object;
 }
@@ -125,11 +126,11 @@ JValue lineOf(const LineKind& kind, const std::vector<TypedWord>& words, const s
 {
     JValue line = JValue::object();
     if (words.size() == 1)
-        line.put(kind.key, true);
+        static_cast<void>(line.put(kind.key, true));
     else if (words.size() == 2)
-        line.put(kind.key, valueOf(words[1], /*wantsText=*/false, typed));
+        static_cast<void>(line.put(kind.key, valueOf(words[1], /*wantsText=*/false, typed)));
     else
-        line.put(kind.key, objectOf(words, typed));
+        static_cast<void>(line.put(kind.key, objectOf(words, typed)));
     return line;
 }
 

@@ -24,9 +24,9 @@ JValue logEvent(const LogMessage& message)
     event.put("text", message.text);
     JValue pairs = JValue::object();
     for (std::size_t i = 0; i < message.pairCount; ++i)
-        pairs.put(message.pairs[i].key, message.pairs[i].value);
+        static_cast<void>(pairs.put(message.pairs[i].key, message.pairs[i].value)); // no NUL inside
     if (pairs.size() > 0)
-        event.put("pairs", pairs);
+        static_cast<void>(event.put("pairs", pairs));
     return event;
 }
 

@@ -79,7 +79,7 @@ void reportWrite(const std::string& card, const Element& element, const Value* v
     JValue written = JValue::array();
     for (int i = 0; i < element.count; ++i)
         written.append(values[i]);
-    event.put("values", written);
+    static_cast<void>(event.put("values", written));
     event.put("status", status);
     report(event);
 }

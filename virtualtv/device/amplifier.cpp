@@ -81,9 +81,9 @@ int MWLAmplifier::getAmpState(std::string* type, std::vector<std::string>* state
     if (virtualtv::listening()) {
         JValue returned = JValue::object();
         returned.put("type", state.type);
-        returned.put("states", virtualtv::toJson(state.states));
+        static_cast<void>(returned.put("states", virtualtv::toJson(state.states)));
         JValue event = virtualtv::middlewareEvent("amplifier.getAmpState");
-        event.put("returned", returned);
+        static_cast<void>(event.put("returned", returned));
         event.put("status", status);
         virtualtv::report(event);
     }

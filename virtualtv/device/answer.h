@@ -27,7 +27,7 @@ JValue arrayOf(const Element& elements)
 {
     JValue array = JValue::array();
     for (const auto& element : elements)
-        array.append(element);
+        static_cast<void>(array.append(element)); // an array refuses no text and no number
     return array;
 }
 
@@ -45,7 +45,7 @@ inline JValue toJson(const MwlParams& parameters)
 {
     JValue object = JValue::object();
     for (const auto& [key, value] : parameters)
-        object.put(key, value);
+        static_cast<void>(object.put(key, value)); // keys are those of JSON objects
     return object;
 }
 
@@ -56,12 +56,12 @@ JValue middlewareEvent(MiddlewareName name, const Arguments&... arguments)
     const std::string_view operation = name;
     const std::size_t dot = operation.find('.');
     JValue values = JValue::array();
-    (values.append(toJson(arguments)), ...);
+    (static_cast<void>(values.append(toJson(arguments))), ...); // two levels at most
     JValue event = JValue::object();
     event.put("event", "middleware");
     event.put("library", operation.substr(0, dot));
     event.put("operation", operation.substr(dot + 1));
-    event.put("args", values);
+    static_cast<void>(event.put("args", values));
     return event;
 }
 
@@ -85,7 +85,7 @@ Returned answerQuery(MiddlewareName operation, Returned returned, const Argument
     injectedStatus(FaultPoint::Middleware, operation);
     if (listening()) {
         JValue event = middlewareEvent(operation, arguments...);
-        event.put("returned", toJson(returned));
+        static_cast<void>(event.put("returned", toJson(returned)));
         report(event);
     }
     return returned;

@@ -35,7 +35,7 @@ int subcpu_misc_Set_HPMuteOnOff(bool mute)
         JValue event = JValue::object();
         event.put("event", "subcpu");
         event.put("operation", kOperation);
-        event.put("args", arguments);
+        static_cast<void>(event.put("args", arguments));
         event.put("status", status);
         virtualtv::report(event);
     }
