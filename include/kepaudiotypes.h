@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Identifiers of audio input resources and sound outputs. The values are those of the audio driver.
+// Identifiers of audio input resources and sound outputs. The values are the library's own: the
+// driver is told other numbers.
 #pragma once
 
 #include <cstdint>

@@ -16,24 +16,31 @@
 ///
 /// Calls are made one at a time, `initialize` before all others; timers of the television backend
 /// run on the default GLib main context of the caller. Nothing thrown inside leaves the library: it
-/// ends the request as a failure.
+/// ends the request as a failure, which a backend logs and the client does not. Only the end of a
+/// thread, by pthread_exit or cancellation, is passed on.
 class KEP_EXPORT kepClient
 {
 public:
     static kepClient* getInstance();
+    kepClient(const kepClient&) = delete;
+    kepClient& operator=(const kepClient&) = delete;
 
     // --- Life cycle. Result: KEP_STATUS_OK or KEP_STATUS_FAILED.
 
-    /// Reads the configuration and starts the backend that it names. May be called again. Every
-    /// failure is logged, but for a backend name that nobody registered.
+    /// Reads the configuration and starts the backend that it names; one that was started before is
+    /// started again when nobody registered that name. May be called again. A failure is logged,
+    /// but for: a name that nobody registered, a backend that declines to be made, what a backend
+    /// does not log itself, and what was thrown. Without a log context the reason goes to standard
+    /// error.
     unsigned int initialize();
     /// Stops the backend, which stays in place; failed, without a log line, when there is none.
     unsigned int deinitialize();
 
     /// The volume, 0 to 255, that the configuration recommends to start with.
-    [[nodiscard]] std::uint8_t getDefaultVolume() const { return mDefaultVolume; }
-    /// The backend, null before a successful `initialize`; the library keeps it.
-    [[nodiscard]] kepAudio* getAudioObj() const { return mAudioObject; }
+    [[nodiscard]] std::uint8_t getDefaultVolume() const;
+    /// The backend that the last `initialize` found, whether or not it could be started; null
+    /// before. The library keeps it.
+    [[nodiscard]] kepAudio* getAudioObj() const;
 
     // --- Requests, as in kepAudio. Result: the backend's code, KEP_RESULT_FAILED when there is
     // none.

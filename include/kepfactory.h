@@ -19,6 +19,8 @@ public:
 
     /// The one registry of the process; it lives until the process ends.
     static kepFactory* getInstance();
+    kepFactory(const kepFactory&) = delete;
+    kepFactory& operator=(const kepFactory&) = delete;
 
     /// Enters a creator; false, with nothing changed, when the name is taken.
     bool Register(const std::string& name, kepAudioCreator creator);
@@ -30,5 +32,7 @@ public:
     [[nodiscard]] Registry getRegistry() const { return mRegistry; }
 
 private:
+    kepFactory() = default;
+
     Registry mRegistry;
 };

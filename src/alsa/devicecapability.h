@@ -6,8 +6,9 @@
 
 #include "jvalue.h"
 
-/// What the mixer backend opens and writes. Read once from the file at the path given; whatever is
-/// wrong with the file is logged and leaves the defaults in place.
+/// What the mixer backend opens and writes. Read once from the file at the path given. A file that
+/// cannot be read, or lacks one of the names, is logged and leaves the defaults in place; a name
+/// that is no text becomes "".
 struct DeviceCapability {
     explicit DeviceCapability(const std::string& path);
 

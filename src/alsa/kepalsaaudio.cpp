@@ -3,10 +3,14 @@
 // The card is opened for each write and closed after it, so a failed write leaves nothing behind.
 #include "kepalsaaudio.h"
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <memory>
 
 #include <alsa/asoundlib.h>
 
+#include "kepcaught.h"
 #include "kepconfigpath.h"
 #include "kepfactory.h"
 #include "keplog.h"
@@ -22,6 +26,44 @@ struct ControlCloser {
     void operator()(snd_ctl_t* handle) const noexcept { snd_ctl_close(handle); }
 };
 using ControlPtr = std::unique_ptr<snd_ctl_t, ControlCloser>;
+
+// libasound checks what it is given by assertions, which end the process. Its calls here, what each
+// of them asserts, and what keeps text from a file away from it. None asserts a value: those that
+// the parser takes are cut to the range, and to the number of integers, that the element has.
+// clang-format off
+//
+//   call                        asserts                                  kept by
+//   snd_ctl_ascii_elem_id_parse nothing; a number is at least 1          -
+//   snd_ctl_open                handle and name not null                 both are ours
+//                               name of an argument, "hw:NAME=", of      kMaxCardBytes; it also bounds the stack
+//                               at most 255 bytes                        that "hw:{a{a{a..." and long names take
+//   snd_ctl_elem_info_set_id    pointers not null                        both are ours
+//   snd_ctl_elem_info           a name or a number                       namesElement
+//   snd_ctl_ascii_value_parse   the element's type, an index below 128,  taken from the element itself; the card
+//                               a name or a number (enumerations)        answered with the identifier it was asked for
+//   snd_ctl_elem_write          a name or a number                       the same
+//   snd_ctl_close               handle not null                          ControlPtr
+//   snd_strerror                nothing                                  -
+// clang-format on
+
+constexpr std::size_t kMaxCardBytes = 255;
+
+/// Opens the card of that name. A longer name than any card has is told like an unknown one.
+int openCard(snd_ctl_t** handle, const std::string& card)
+{
+    if (card.size() > kMaxCardBytes)
+        return -ENOENT;
+    // libasound reads past the end of a name that ends in a backslash: it finds another end there.
+    std::array<char, kMaxCardBytes + 2> name{};
+    std::copy(card.begin(), card.end(), name.begin());
+    return snd_ctl_open(handle, name.data(), 0);
+}
+
+/// Whether the identifier has a name or a number: "name=" and "name=,index=1" parse as well.
+bool namesElement(const snd_ctl_elem_id_t* id)
+{
+    return *snd_ctl_elem_id_get_name(id) != '\0' || snd_ctl_elem_id_get_numid(id) != 0;
+}
 
 /// The digit that names the resource's software volume; "" for resources without one of their own.
 const char* streamSuffix(KEP_AUDIO_RESOURCE_T resource)
@@ -72,15 +114,19 @@ unsigned int kepAlsaAudio::deinitAudio()
 }
 
 unsigned int kepAlsaAudio::connectInput(std::string source, std::string sink, JValue)
-{
+try {
     const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
     KEP_DEBUG("connectInput  %u", resource); // sic
     return resetMixerVolume(resource, /*mute=*/false);
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepAlsaAudio::disconnectInput(std::string source, std::string sink)
-{
+try {
     return resetMixerVolume(getResourceId(source, sink), /*mute=*/true);
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepAlsaAudio::getHeadphoneStatus(bool* connected)
@@ -103,17 +149,21 @@ unsigned int kepAlsaAudio::setSoundOutput(std::string)
 }
 
 unsigned int kepAlsaAudio::setMute(std::string source, std::string sink, bool mute)
-{
+try {
     return resetMixerVolume(getResourceId(source, sink), mute);
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepAlsaAudio::setOutputVolume(std::string, std::uint8_t volume)
-{
+try {
     if (!setVolume(volume)) {
         KEP_ERROR("SET_VOLUME_ERROR", "Failed setting volume to %d", volume);
         return KEP_RESULT_FAILED;
     }
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepAlsaAudio::setInputVolume(std::string, std::string, std::uint8_t)
@@ -122,7 +172,7 @@ unsigned int kepAlsaAudio::setInputVolume(std::string, std::string, std::uint8_t
 }
 
 unsigned int kepAlsaAudio::setOutputMute(std::string, bool mute)
-{
+try {
     KEP_DEBUG("In %s, setting mute to %d", __func__, mute);
     const std::string control = "name=" + mCapability.muteControlName;
     const char* value = mute ? "off" : "on"; // a playback switch: off silences
@@ -132,6 +182,8 @@ unsigned int kepAlsaAudio::setOutputMute(std::string, bool mute)
         return KEP_RESULT_FAILED;
     }
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepAlsaAudio::setMuteExtSPK(bool)
@@ -183,7 +235,7 @@ bool kepAlsaAudio::setControl(const std::string& card, const std::string& contro
 
     // sic, below: the texts say "Control" and name the card
     snd_ctl_t* opened = nullptr;
-    int error = snd_ctl_open(&opened, card.c_str(), 0);
+    int error = openCard(&opened, card);
     const ControlPtr handle{opened};
     if (error < 0) {
         KEP_DEBUG("Control %s open error: %s\n", card.c_str(), snd_strerror(error));
@@ -192,7 +244,7 @@ bool kepAlsaAudio::setControl(const std::string& card, const std::string& contro
     snd_ctl_elem_info_t* info = nullptr;
     snd_ctl_elem_info_alloca(&info);
     snd_ctl_elem_info_set_id(info, id);
-    error = snd_ctl_elem_info(handle.get(), info);
+    error = namesElement(id) ? snd_ctl_elem_info(handle.get(), info) : -ENOENT;
     if (error < 0) {
         KEP_DEBUG("Cannot find the given element from control %s, error %s\n", card.c_str(),
                   snd_strerror(error));

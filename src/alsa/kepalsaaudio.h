@@ -10,8 +10,11 @@
 #include "kepaudiotypes.h"
 #include "kepexport.h"
 
-/// Drives a master switch, a master volume and one software volume per stream. Routing, settings
-/// and quality have no meaning here: those operations do nothing and succeed.
+/// Drives a master switch, a master volume and one software volume per stream, which connecting and
+/// disconnecting an input set to 100 % and 0 %. Output changes, input volumes, the external
+/// speaker, settings and quality have no meaning here: those operations do nothing and succeed, and
+/// `getSettings` answers the JSON value true. Nothing thrown leaves a request: it fails, with an
+/// error line.
 class KEP_EXPORT kepAlsaAudio final : public kepAudio
 {
 public:
@@ -24,6 +27,8 @@ public:
     static std::string getConfigFilePath();
 
     ~kepAlsaAudio() override;
+    kepAlsaAudio(const kepAlsaAudio&) = delete;
+    kepAlsaAudio& operator=(const kepAlsaAudio&) = delete;
 
     // --- kepAudio
 
@@ -51,7 +56,7 @@ public:
     static KEP_AUDIO_RESOURCE_T getResourceId(const std::string& source, const std::string& sink);
     /// Writes one control of a card; control and value in ALSA's ascii syntax, such as
     /// "name=Softmaster" and "35%". The card is open during the call only. Failures are logged at
-    /// debug level.
+    /// debug level; a control without name and number is one that the card does not have.
     static bool setControl(const std::string& card, const std::string& control,
                            const std::string& value);
     /// Sets the master volume in percent.

@@ -3,9 +3,10 @@
 // Nothing thrown behind it may reach the caller: every way in catches, and answers failure.
 #include "kepclient.h"
 
-#include <iostream>
+#include <cstdio>
 #include <utility>
 
+#include "kepcaught.h"
 #include "kepconfig.h"
 #include "kepfactory.h"
 #include "keplog.h"
@@ -22,6 +23,7 @@ try {
     return backend != nullptr ? (backend->*operation)(std::forward<Arguments>(arguments)...)
                               : failed;
 } catch (...) {
+    kepPassOnThreadEnd();
     return failed;
 }
 
@@ -37,7 +39,8 @@ unsigned int kepClient::initialize()
 try {
     kepLogContext = LogGetContext(kLogContextName);
     if (kepLogContext == nullptr) {
-        std::cerr << "[kep]Failed to setup up log context " << kLogContextName << std::endl; // sic
+        std::fprintf(stderr, "[kep]Failed to setup up log context %s\n", kLogContextName); // sic
+        std::fflush(stderr);
         return KEP_STATUS_FAILED;
     }
 
@@ -72,6 +75,7 @@ try {
     KEP_INFO("INFO_LOG", "In kepClient::initialize %s", backendName.c_str());
     return mAudioObject->initAudio();
 } catch (...) {
+    kepPassOnThreadEnd();
     return KEP_STATUS_FAILED;
 }
 
@@ -84,7 +88,18 @@ try {
         KEP_ERROR("ERROR_LOG", "Failed to deinitAudio");
     return status;
 } catch (...) {
+    kepPassOnThreadEnd();
     return KEP_STATUS_FAILED;
+}
+
+std::uint8_t kepClient::getDefaultVolume() const
+{
+    return mDefaultVolume;
+}
+
+kepAudio* kepClient::getAudioObj() const
+{
+    return mAudioObject;
 }
 
 unsigned int kepClient::connectInput(std::string source, std::string sink, JValue pipelineAttribute)

@@ -12,6 +12,8 @@ class kepConfig
 {
 public:
     static kepConfig* getInstance();
+    kepConfig(const kepConfig&) = delete;
+    kepConfig& operator=(const kepConfig&) = delete;
 
     /// Reads the file, anew at each call; false, with an error logged, when it is not a JSON
     /// object.

@@ -7,6 +7,11 @@
 
 #include <cxxabi.h>
 
+void kepPassOnThreadEnd()
+{
+    static_cast<void>(kepCaughtText());
+}
+
 const char* kepCaughtText()
 {
     try {

@@ -10,6 +10,9 @@
 // pthread_exit or by cancellation, unwinds through such a handler as well: it must go on, so all of
 // these pass that on instead of returning.
 
+/// Returns unless the thread is being ended. For a handler that logs nothing.
+void kepPassOnThreadEnd();
+
 /// What is being handled: the text of a standard exception, else the name of its type. Needs no
 /// memory; holds as long as the handler.
 const char* kepCaughtText();

@@ -168,6 +168,115 @@ TEST_F(KepAlsaAudio, SetControlFindsNoUnknownElement)
     expectHandles(1, "unknown element");
 }
 
+TEST_F(KepAlsaAudio, AnIdentifierWithoutNameAndNumberIsAnElementThatIsNotFound)
+{
+    for (const char* control : {"name=", "name=''", "name=\"\"", "name=,index=1", "index=1",
+                                "iface=CARD", "device=2,name="}) {
+        forget();
+        EXPECT_FALSE(kepAlsaAudio::setControl("default", control, "on")) << control;
+        EXPECT_THAT(logLines(), ElementsAre(writing("default", control, "on"),
+                                            debugOf("setControl",
+                                                    "Cannot find the given element from control "
+                                                    "default, error No such file or directory\n")))
+            << control;
+    }
+    // The card is opened first: what is wrong with it is told first.
+    forget();
+    EXPECT_FALSE(kepAlsaAudio::setControl("hw:9", "name=", "on"));
+    EXPECT_THAT(
+        logLines(),
+        ElementsAre(writing("hw:9", "name=", "on"),
+                    debugOf("setControl", "Control hw:9 open error: No such file or directory\n")));
+    EXPECT_EQ(virtualtv::cardHandles().opened, virtualtv::cardHandles().closed);
+}
+
+TEST_F(KepAlsaAudio, NamesFromACapabilityFileThatNameNothingFailTheRequest)
+{
+    writeConfig("device-cap.json", R"({"audioMasterDefault": {"card": "default",
+        "muteControlName": "\u0000m", "volumeControlName": 7}})");
+    EXPECT_EQ(backend().setOutputMute("", true), KEP_RESULT_FAILED);
+    EXPECT_EQ(backend().setOutputVolume("", 1), KEP_RESULT_FAILED);
+    EXPECT_EQ(logLines(kLogError).size(), 2U);
+}
+
+TEST_F(KepAlsaAudio, NoTextEndsTheProcess)
+{
+    const std::string x300(300, 'x');
+    const std::string deep = [] {
+        std::string text = "hw:{";
+        for (int i = 0; i < 100000; ++i)
+            text += "a{";
+        return text;
+    }();
+    const std::vector<std::string> cards = {
+        "",
+        "hw",
+        "hw:",
+        "hw:-1",
+        "hw:99999999999",
+        "hw:CARD=",
+        "hw:'",
+        "hw:'\\",
+        "hw:\"",
+        "hw:{",
+        "hw:{}",
+        "hw:{CARD 0}",
+        "a.b.c",
+        ".",
+        "@",
+        "hw:@",
+        "default:0",
+        "_ucm",
+        "_ucm0000.hw:0",
+        "%s%n",
+        "\xff\xfe",
+        x300,
+        "hw:" + x300,
+        "hw:" + x300 + "=0",
+        deep,
+        std::string(1000000, 'x'),
+        std::string{"\0hw:0", 5},
+        std::string{"hw:0\0x", 6},
+    };
+    const std::vector<std::string> controls = {
+        "name=",
+        "name='",
+        "name=" + x300,
+        "name='" + x300 + "'",
+        "numid=0",
+        "numid=-1",
+        "numid=1",
+        "numid=4294967295",
+        "numid=9999999999999",
+        "name=a,index=-1",
+        "name=a,index=4294967296",
+        "name=a,device=99999999999",
+        "iface=SEQUENCER",
+        "iface=x",
+        "name=" + std::string(43, 'n'),
+        "name=" + std::string(44, 'n'),
+        "name=" + std::string(64, 'n'),
+        std::string{"name=\0x", 7},
+        "name=a,name=",
+        ",",
+        " ",
+        "=",
+        "\xff",
+    };
+    const std::vector<std::string> values = {
+        "on", "-1%", "9999999999999999999%", "1,2,3,4", std::string(1000, ','), "'", "\xff", "%n",
+    };
+    for (const std::string& card : cards)
+        static_cast<void>(kepAlsaAudio::setControl(card, kSwitch, "on"));
+    for (const std::string& control : controls)
+        for (const std::string& value : values)
+            static_cast<void>(kepAlsaAudio::setControl("default", control, value));
+    for (const std::string& value : values)
+        static_cast<void>(kepAlsaAudio::setControl("default", kVolume, value));
+    EXPECT_EQ(virtualtv::cardHandles().opened, virtualtv::cardHandles().closed);
+    EXPECT_TRUE(kepAlsaAudio::setControl("default", kSwitch, "on"));
+}
+
 TEST_F(KepAlsaAudio, SetControlLogsFailuresAtDebugLevelOnly)
 {
     admit(kLogInfo);

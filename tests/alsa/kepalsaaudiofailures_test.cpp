@@ -4,6 +4,7 @@
 #include "kepalsaaudio.h"
 
 #include <cerrno>
+#include <stdexcept>
 #include <string>
 
 #include <alsa/asoundlib.h>
@@ -21,6 +22,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 int gParseStatus = 0;
+bool gParseThrows = false; // stands for what runs out of memory on the way
 
 } // namespace
 
@@ -31,6 +33,8 @@ int __real_snd_ctl_ascii_value_parse(snd_ctl_t* handle, snd_ctl_elem_value_t* va
 int __wrap_snd_ctl_ascii_value_parse(snd_ctl_t* handle, snd_ctl_elem_value_t* value,
                                      snd_ctl_elem_info_t* info, const char* text)
 {
+    if (gParseThrows)
+        throw std::invalid_argument{"no value"};
     return gParseStatus < 0 ? gParseStatus
                             : __real_snd_ctl_ascii_value_parse(handle, value, info, text);
 }
@@ -118,4 +122,22 @@ TEST_F(KepAlsaAudioFailures, TheWriteAfterAParseErrorStartsAfresh)
     EXPECT_THAT(controlEvents(),
                 ElementsAre(ControlEvent{"default", "Master Playback Switch", {1}, 0}));
     expectHandles(2);
+}
+
+TEST_F(KepAlsaAudioFailures, NothingThrownLeavesARequestOfTheBackend)
+{
+    admit(kLogError);
+    gParseThrows = true;
+    EXPECT_EQ(backend().connectInput("AMIXER", "ALSA", JValue{}), KEP_RESULT_FAILED);
+    EXPECT_EQ(backend().disconnectInput("AMIXER", "ALSA"), KEP_RESULT_FAILED);
+    EXPECT_EQ(backend().setMute("AMIXER", "ALSA", true), KEP_RESULT_FAILED);
+    EXPECT_EQ(backend().setOutputVolume("", 35), KEP_RESULT_FAILED);
+    EXPECT_EQ(backend().setOutputMute("", true), KEP_RESULT_FAILED);
+    std::vector<LogLine> expected;
+    for (const char* slot :
+         {"connectInput", "disconnectInput", "setMute", "setOutputVolume", "setOutputMute"})
+        expected.push_back({kLogError, "ERROR_LOG", std::string{"kepalsaaudio:"} + slot,
+                            std::string{"Exception in "} + slot + ": no value"});
+    EXPECT_EQ(logLines(), expected);
+    expectHandles(5);
 }

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <fcntl.h>
@@ -15,6 +16,7 @@
 
 #include <gmock/gmock.h>
 
+#include "kepalsaaudio.h"
 #include "kepconfig.h"
 #include "kepfactory.h"
 #include "keplog.h"
@@ -217,3 +219,13 @@ TEST_F(KepClientFailures, NothingThrownLeavesTheStart)
     EXPECT_EQ(client().getAudioObj(), nullptr);
     EXPECT_EQ(errorOutput(), "");
 }
+
+// A copy that dies would take the entry of a backend, or the configuration, with it.
+template <typename Singleton>
+constexpr bool kIsTheOnlyOne =
+    !std::is_default_constructible_v<Singleton> && !std::is_copy_constructible_v<Singleton> &&
+    !std::is_move_constructible_v<Singleton> && !std::is_copy_assignable_v<Singleton>;
+static_assert(kIsTheOnlyOne<kepClient>);
+static_assert(kIsTheOnlyOne<kepConfig>);
+static_assert(kIsTheOnlyOne<kepFactory>);
+static_assert(kIsTheOnlyOne<kepAlsaAudio>);
