@@ -3,6 +3,7 @@
 // Everything here may be called from any thread, and nothing throws.
 #pragma once
 
+#include <cstdarg>
 #include <cstddef>
 #include <functional>
 
@@ -49,6 +50,13 @@ KEP_PLATFORM_EXPORT void LogSetLevel(LogContext* context, int level) noexcept;
 [[gnu::format(printf, 6, 7)]] KEP_PLATFORM_EXPORT void
 LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pairs,
          std::size_t pairCount, const char* format, ...) noexcept;
+
+/// The same for a text of two parts, `prefix` and what is formatted; it is formatted once. A text
+/// for which there is no memory is cut with "...".
+[[gnu::format(printf, 7, 0)]] KEP_PLATFORM_EXPORT void
+LogMsgPrefixed(LogContext* context, int level, const char* id, const LogPair* pairs,
+               std::size_t pairCount, const char* prefix, const char* format,
+               va_list arguments) noexcept;
 }
 
 using LogSink = std::function<void(const LogMessage&)>;

@@ -2,7 +2,10 @@
 // Parses JSON texts and files with json-c, made strict by a check of the text in front of it.
 #include "jdomparser.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstring>
 #include <memory>
 
 #include <fcntl.h>
@@ -42,7 +45,8 @@ private:
 
 std::string systemReason(int error)
 {
-    return g_strerror(error);
+    std::array<char, 128> buffer{};
+    return strerror_r(error, buffer.data(), buffer.size());
 }
 
 /// Reads a regular file whole; returns why it could not, "" on success.
@@ -63,9 +67,12 @@ std::string readRegularFile(const std::string& path, std::string& text)
     if (!S_ISREG(status.st_mode)) // replaced in between
         return "not a regular file";
 
-    text.resize(JDomParser::kMaxFileBytes + 1);
+    constexpr std::size_t kMost = JDomParser::kMaxFileBytes + 1;
+    text.resize(std::min(static_cast<std::size_t>(status.st_size) + 1, kMost));
     std::size_t length = 0;
-    while (length < text.size()) {
+    while (length < kMost) {
+        if (length == text.size()) // grown meanwhile, or of /proc, where files tell no size
+            text.resize(std::min(2 * length + 4096, kMost));
         const ssize_t got = read(file.descriptor(), text.data() + length, text.size() - length);
         if (got < 0 && errno == EINTR)
             continue;

@@ -4,16 +4,22 @@
 // decides alone.
 #include "platformlog.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <glib.h>
@@ -47,12 +53,15 @@ struct LevelRow {
     int level;
     GLogLevelFlags glib;
     const char* priority;
+    const char* before; // how GLib starts a line of that level
+    const char* name;   // and how it names the level
+    bool namesProcess;
 };
 constexpr LevelRow kLevels[] = {
-    {kLogError, G_LOG_LEVEL_CRITICAL, "3"},
-    {kLogWarning, G_LOG_LEVEL_WARNING, "4"},
-    {kLogInfo, G_LOG_LEVEL_INFO, "6"},
-    {kLogDebug, G_LOG_LEVEL_DEBUG, "7"},
+    {kLogError, G_LOG_LEVEL_CRITICAL, "3", "\n", "CRITICAL **", true},
+    {kLogWarning, G_LOG_LEVEL_WARNING, "4", "\n", "WARNING **", true},
+    {kLogInfo, G_LOG_LEVEL_INFO, "6", "", "INFO", false},
+    {kLogDebug, G_LOG_LEVEL_DEBUG, "7", "", "DEBUG", true},
 };
 
 const LevelRow& levelRow(int level) noexcept
@@ -63,11 +72,69 @@ const LevelRow& levelRow(int level) noexcept
     return kLevels[std::size(kLevels) - 1];
 }
 
-void writeToSystem(const LogMessage& message)
-{
-    static const bool toJournal = g_log_writer_is_journald(fileno(stderr)) != FALSE;
+struct Freeing {
+    void operator()(char* memory) const noexcept { std::free(memory); }
+};
 
-    const LevelRow& row = levelRow(message.level);
+/// The text of a message, formatted once into a buffer on the stack. A text that does not fit there
+/// has memory of its own; when there is none, it is cut.
+class Text
+{
+public:
+    [[gnu::format(printf, 3, 0)]] Text(const char* prefix, const char* format, va_list arguments)
+    {
+        const std::size_t start = std::min(std::strlen(prefix), mBuffer.size() - sizeof kCut);
+        std::memcpy(mBuffer.data(), prefix, start);
+        va_list again;
+        va_copy(again, arguments);
+        const int length =
+            vsnprintf(mBuffer.data() + start, mBuffer.size() - start, format, arguments);
+        if (length < 0)
+            std::memcpy(mBuffer.data() + start, kCut, sizeof kCut);
+        else if (start + static_cast<std::size_t>(length) >= mBuffer.size())
+            formatLong(start, static_cast<std::size_t>(length), format, again);
+        va_end(again);
+    }
+
+    [[nodiscard]] const char* data() const noexcept { return mLong ? mLong.get() : mBuffer.data(); }
+
+private:
+    static constexpr char kCut[] = "...";
+
+    [[gnu::format(printf, 4, 0)]] void formatLong(std::size_t start, std::size_t length,
+                                                  const char* format, va_list arguments)
+    {
+        mLong.reset(static_cast<char*>(std::malloc(start + length + 1)));
+        if (mLong) {
+            std::memcpy(mLong.get(), mBuffer.data(), start);
+            vsnprintf(mLong.get() + start, length + 1, format, arguments);
+            return;
+        }
+        std::size_t end = mBuffer.size() - sizeof kCut;
+        while (end > start && (mBuffer[end] & 0xC0) == 0x80) // not in the middle of a character
+            --end;
+        std::memcpy(mBuffer.data() + end, kCut, sizeof kCut);
+    }
+
+    std::array<char, 1024> mBuffer;
+    std::unique_ptr<char, Freeing> mLong;
+};
+
+/// While a message is written its thread is not cancelled: nothing may unwind from here.
+class NoCancellation
+{
+public:
+    NoCancellation() noexcept { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &mBefore); }
+    ~NoCancellation() { pthread_setcancelstate(mBefore, nullptr); }
+    NoCancellation(const NoCancellation&) = delete;
+    NoCancellation& operator=(const NoCancellation&) = delete;
+
+private:
+    int mBefore = PTHREAD_CANCEL_ENABLE;
+};
+
+std::vector<GLogField> fieldsOf(const LogMessage& message, const LevelRow& row)
+{
     std::vector<GLogField> fields = {
         {"PRIORITY", row.priority, -1},
         {"GLIB_DOMAIN", message.context, -1},
@@ -76,12 +143,55 @@ void writeToSystem(const LogMessage& message)
     };
     for (std::size_t i = 0; i < message.pairCount; ++i)
         fields.push_back({message.pairs[i].key, message.pairs[i].value, -1});
+    return fields;
+}
 
+/// Whether GLib would write the text as it is, whatever the locale.
+bool isPlain(const char* text)
+{
+    return std::all_of(text, text + std::strlen(text),
+                       [](char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\t'; });
+}
+
+/// A line as GLib formats it, without what that costs: three copies, and outside of UTF-8 locales a
+/// converter opened and closed.
+void writePlainLine(const LogMessage& message, const LevelRow& row)
+{
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    std::array<char, 256> process{};
+    if (row.namesProcess) {
+        const char* program = g_get_prgname();
+        snprintf(process.data(), process.size(),
+                 "(%s:%lu): ", program != nullptr ? program : "process",
+                 static_cast<unsigned long>(getpid()));
+    }
+    fprintf(stderr, "%s%s%s-%s: %02d:%02d:%02d.%03d: %s%s%s\n", row.before, process.data(),
+            message.context, row.name, local.tm_hour, local.tm_min, local.tm_sec,
+            static_cast<int>(now.tv_nsec / 1000000), message.text, *message.id != '\0' ? "  " : "",
+            message.id);
+}
+
+void writeToSystem(const LogMessage& message)
+{
+    static const bool toJournal = g_log_writer_is_journald(fileno(stderr)) != FALSE;
+    // Who has set this wants other lines to name the process.
+    static const bool prefixesAsked = std::getenv("G_MESSAGES_PREFIXED") != nullptr;
+
+    const LevelRow& row = levelRow(message.level);
     if (toJournal) {
+        const std::vector<GLogField> fields = fieldsOf(message, row);
         g_log_writer_journald(row.glib, fields.data(), fields.size(), nullptr);
         return;
     }
     const std::lock_guard lock{theLog().writing};
+    if (!prefixesAsked && isPlain(message.text)) {
+        writePlainLine(message, row);
+        return;
+    }
+    const std::vector<GLogField> fields = fieldsOf(message, row);
     const std::unique_ptr<char, decltype(&g_free)> line{
         g_log_writer_format_fields(row.glib, fields.data(), fields.size(), FALSE), g_free};
     fprintf(stderr, "%s%s%s\n", line.get(), *message.id != '\0' ? "  " : "", message.id);
@@ -126,21 +236,27 @@ void LogSetLevel(LogContext* context, int level) noexcept
         context->level.store(level, std::memory_order_relaxed);
 }
 
-void LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pairs,
-              std::size_t pairCount, const char* format, ...) noexcept
+void LogMsgPrefixed(LogContext* context, int level, const char* id, const LogPair* pairs,
+                    std::size_t pairCount, const char* prefix, const char* format,
+                    va_list arguments) noexcept
 try {
     if (level > LogGetLevel(context))
         return;
-    va_list arguments;
-    va_start(arguments, format);
-    const std::unique_ptr<char, decltype(&g_free)> text{g_strdup_vprintf(format, arguments),
-                                                        g_free};
-    va_end(arguments);
-    if (text)
-        deliver({context != nullptr ? context->name.c_str() : "", level, id != nullptr ? id : "",
-                 pairs, pairCount, text.get()});
+    const NoCancellation guard;
+    const Text text{prefix, format, arguments};
+    deliver({context != nullptr ? context->name.c_str() : "", level, id != nullptr ? id : "", pairs,
+             pairCount, text.data()});
 } catch (const std::exception&) {
     // A message that cannot be delivered, for want of memory, has nowhere to be reported.
+}
+
+void LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pairs,
+              std::size_t pairCount, const char* format, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, format);
+    LogMsgPrefixed(context, level, id, pairs, pairCount, "", format, arguments);
+    va_end(arguments);
 }
 
 void LogSetSink(LogSink sink)
