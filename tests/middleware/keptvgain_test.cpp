@@ -143,7 +143,8 @@ struct TypeRow {
     int type;
 };
 constexpr TypeRow kTypes[] = {
-    {"input", 0}, {"output", 1}, {"Input", 2}, {"OUTPUT", 2}, {"input ", 2}, {"", 2}, {"other", 2},
+    {"input", 0},  {"output", 1}, {"Input", 2}, {"Output", 2},
+    {"OUTPUT", 2}, {"input ", 2}, {"", 2},      {"other", 2},
 };
 
 struct VolumeRow {

@@ -454,6 +454,14 @@ TEST_F(Earc, CapabilitiesAreTakenOverEvenWhenTheFormatCannotBeWritten)
 
 // --- Codec and immersive format of a pipeline
 
+TEST_F(Earc, AnEmptyFormatOfAPipelineIsTold)
+{
+    enter({.codec = "ac3"});
+    select(KEP_AUDIO_SPK, "auto");
+    mBackend.updateCodecImmersiveFormat({{"pipelineId", "p"}, {"immersive", ""}});
+    EXPECT_THAT(told(), ElementsAre(R"(soundengine.setImmersiveInfo "")"));
+}
+
 TEST_F(Earc, FormatFollowsACodecThatArrivesWhileArcIsCurrent)
 {
     const LogLine called = said("updateCodecImmersiveFormat",

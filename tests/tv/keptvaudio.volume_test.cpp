@@ -78,6 +78,15 @@ TEST_F(OutputVolume, OfZeroForAnotherOutputLeavesTheAmplifierMuted)
                                     "soundengine.setOSDVolume 10"));
 }
 
+TEST_F(OutputVolume, IsKeptWhenTheOutputChanges)
+{
+    for (const OutputRow& row : kOutputs) {
+        enter({KEP_AUDIO_SPK, 25, false, false});
+        mBackend.setSoundOutput(row.name);
+        EXPECT_EQ(mBackend.mOutputVolume, 25) << row.name;
+    }
+}
+
 TEST_F(OutputVolume, IsZeroAtFirst)
 {
     EXPECT_EQ(kept(), "0 0");

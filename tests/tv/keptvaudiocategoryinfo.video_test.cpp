@@ -238,6 +238,7 @@ TEST_F(CategoryTest, APolicyConnectionAppliesFormatAndDigitalModeFirst)
         {R"({"codec":"pcm"})", KEP_AUDIO_NO_OUTPUT, {}},
         {R"({"other":"pcm"})", KEP_AUDIO_ARC, {}},
         {R"({"codec":"pcm","immersive":"atmos"})", KEP_AUDIO_ARC, {atmos, earc}},
+        {R"({"immersive":""})", KEP_AUDIO_NO_OUTPUT, {none}},
         {R"({"immersive":5})", KEP_AUDIO_NO_OUTPUT, {none}},
         {R"({"immersive":null})", KEP_AUDIO_NO_OUTPUT, {none}},
     };

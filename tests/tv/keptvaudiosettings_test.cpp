@@ -346,8 +346,8 @@ TEST_F(SettingsTest, WhateverTheParserLetsInIsStoredListedAndAnsweredWhole)
         const std::string text = R"({"a":)" + (depth > 1 ? inner + closing : "1") + "}";
         ASSERT_EQ(set("dimension", text), kDone) << depth;
         const std::string entry = R"({"category":"dimension","value":)" + text + "}";
-        EXPECT_EQ(mBackend.getSettings("", JValue{}).stringify(), "[" + entry + "]") << depth;
-        EXPECT_EQ(mBackend.getSettings("dimension", JValue{}).stringify(), "[" + entry + "]")
+        EXPECT_EQ(mBackend->getSettings("", JValue{}).stringify(), "[" + entry + "]") << depth;
+        EXPECT_EQ(mBackend->getSettings("dimension", JValue{}).stringify(), "[" + entry + "]")
             << depth;
     }
 }
@@ -360,10 +360,10 @@ TEST_F(SettingsTest, APayloadThatNoAnswerHasRoomForIsRefusedAndTheOneBeforeKept)
         const bool fits = payload.depth() + 2 <= JValue::kMaxDepth;
         set("dimension", R"({"before":1})");
         forget();
-        EXPECT_EQ(mBackend.setSettings("dimension", payload), fits ? kDone : kFailed);
+        EXPECT_EQ(mBackend->setSettings("dimension", payload), fits ? kDone : kFailed);
         const std::string kept = fits ? payload.stringify() : R"({"before":1})";
         EXPECT_THAT(stored(), ElementsAre(storedAs("dimension", kept)));
-        EXPECT_EQ(mBackend.getSettings("", JValue{})[0]["value"].stringify(), kept);
+        EXPECT_EQ(mBackend->getSettings("", JValue{})[0]["value"].stringify(), kept);
         const LogLine refusal =
             kSettings.refusal("ERROR_LOG", "storeSettings",
                               "Settings of category dimension are nested too deep to be stored");
