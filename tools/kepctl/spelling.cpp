@@ -139,6 +139,8 @@ void checkKeys(const JValue& payload, const KeySet& set, Names& sentences)
             if (name == key.name)
                 checkText(key, value, sentences);
     }
+    if (!sentences.empty()) // a key that is missing is most likely the misspelt one
+        return;
     for (const kepKey& key : set.keys)
         if (key.needed && !payload.hasKey(key.name))
             sentences.push_back(set.owner + " needs the key " + quoted(key.name));
