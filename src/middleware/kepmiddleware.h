@@ -3,6 +3,8 @@
 // over.
 #pragma once
 
+#include <memory>
+
 #include "keplog.h"
 #include "keptvparser.h"
 #include "mwlparams.h"
@@ -15,12 +17,13 @@
                                                : void(),                                           \
                        false))
 
-/// Hands one of the store's maps to a registering operation; its status.
-template <typename Library>
-int registerParams(Library* library, int (Library::*operation)(MwlParams*),
-                   kepTvParser::Map kepTvParser::*map)
+/// Hands one of the store's maps to a registering operation, with no guard held; its status.
+template <auto Operation, typename Library>
+int registerParams(Library* library, kepTvParser::Map kepTvParser::*map)
 {
+    // One for each operation, and never destroyed: the middleware may still be reading it.
+    static auto& kept = *new std::shared_ptr<kepTvParser::Map>;
     kepTvParser* parser = kepTvParser::getInstance();
-    return parser->withMap(
-        parser->*map, [&](MwlParams& parameters) { return (library->*operation)(&parameters); });
+    const std::shared_ptr<kepTvParser::Map> parameters = parser->forCall(parser->*map, kept);
+    return (library->*Operation)(parameters.get());
 }

@@ -87,8 +87,8 @@ bool kepTVAmplifier::initAmplifierAttributes()
 {
     KEP_INFO("INFO_LOG", "Parsing amplifier values from xml");
     const bool registered =
-        KEP_SUCCEEDED(registerParams(mPtrAmplifierInstance, &MWLAmplifier::registerQualityParams,
-                                     &kepTvParser::mQualityParamsMap),
+        KEP_SUCCEEDED(registerParams<&MWLAmplifier::registerQualityParams>(
+                          mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
                       kErrorId, "Failed to register quality parameters");
     return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
                          "Failed to initilize amplifier Middle ware") && // sic
@@ -98,8 +98,8 @@ bool kepTVAmplifier::initAmplifierAttributes()
 void kepTVAmplifier::parseAmplifierXML()
 {
     KEP_INFO("INFO_LOG", "Calling registerQualityParams & parseAmpParams for snapshot-boot");
-    if (registerParams(mPtrAmplifierInstance, &MWLAmplifier::registerQualityParams,
-                       &kepTvParser::mQualityParamsMap) != 0)
+    if (registerParams<&MWLAmplifier::registerQualityParams>(mPtrAmplifierInstance,
+                                                             &kepTvParser::mQualityParamsMap) != 0)
         KEP_ERROR(kErrorId, "Failed to register quality parameters in parseAmplifierXML");
     if (mPtrAmplifierInstance->parseAmpParams() != 0)
         KEP_ERROR(kErrorId, "Failed to call parseAmpParams");
@@ -119,9 +119,7 @@ bool kepTVAmplifier::updateAmplifierType(JValue payload)
         return false;
     }
     kepTvParser* parser = kepTvParser::getInstance();
-    parser->withMap(parser->mQualityParamsMap, [&](kepTvParser::Map& map) {
-        map.insert_or_assign(kChipTypeKey, payload[kChipTypeKey].asString());
-    });
+    parser->set(parser->mQualityParamsMap, kChipTypeKey, payload[kChipTypeKey].asString());
 
     if (!mIsBootup) {
         if (!initAmplifierAttributes()) {
@@ -132,8 +130,8 @@ bool kepTVAmplifier::updateAmplifierType(JValue payload)
     }
     KEP_INFO("INFO_LOG", "Amplifier chip type is received during bootup to play powerOnSound");
     mIsBootup = false;
-    if (!KEP_SUCCEEDED(registerParams(mPtrAmplifierInstance, &MWLAmplifier::registerQualityParams,
-                                      &kepTvParser::mQualityParamsMap),
+    if (!KEP_SUCCEEDED(registerParams<&MWLAmplifier::registerQualityParams>(
+                           mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
                        kErrorId, "Failed to register quality parameters"))
         return false;
     if (!mIsAmpResetDone) {

@@ -36,9 +36,6 @@ public:
     /// Takes the chip type from "tv.model.ampChipType" and initialises the chip. The first one
     /// after boot is left to the reset that is still to come, which counts as success.
     bool updateAmplifierType(JValue payload);
-    /// The chip type has not arrived since boot. Set by the backend, cleared by the first chip
-    /// type.
-    bool mIsBootup = false;
 
     // --- Settings
 
@@ -66,5 +63,12 @@ private:
     kepTVAmplifier() = default;
 
     mwl_amp::MWLAmplifier* mPtrAmplifierInstance = nullptr; // set once, read by the worker, too
+
+public:
+    /// The chip type has not arrived since boot. Set by the backend, cleared by the first chip
+    /// type.
+    bool mIsBootup = false;
+
+private:
     std::atomic<bool> mIsAmpResetDone{false}; // set by the start-up worker, never cleared
 };

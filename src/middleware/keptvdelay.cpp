@@ -87,10 +87,9 @@ bool kepTVDelay::initDelay()
 bool kepTVDelay::initDelayAttributes()
 {
     KEP_INFO("INFO_LOG", "Parsing delay values from xml");
-    const bool registered =
-        KEP_SUCCEEDED(registerParams(mPtrDelayInstance, &MWLDelay::registerQualityParams,
-                                     &kepTvParser::mQualityParamsMap),
-                      kErrorId, "Failed to register quality parameters");
+    const bool registered = KEP_SUCCEEDED(registerParams<&MWLDelay::registerQualityParams>(
+                                              mPtrDelayInstance, &kepTvParser::mQualityParamsMap),
+                                          kErrorId, "Failed to register quality parameters");
     return KEP_SUCCEEDED(mPtrDelayInstance->setDelayInitialize(), kErrorId,
                          "Failed to initilize delay middleware API") && // sic
            registered;
@@ -106,8 +105,8 @@ bool kepTVDelay::updateDelayValues()
 bool kepTVDelay::registerAudioVideoInfo()
 {
     KEP_INFO("INFO_LOG", "calling registerAvParams");
-    return KEP_SUCCEEDED(registerParams(mPtrDelayInstance, &MWLDelay::registerAvParams,
-                                        &kepTvParser::mAvParamsMap),
+    return KEP_SUCCEEDED(registerParams<&MWLDelay::registerAvParams>(mPtrDelayInstance,
+                                                                     &kepTvParser::mAvParamsMap),
                          kErrorId, "Failed to register audio video parameters") &&
            updateDelayValues();
 }

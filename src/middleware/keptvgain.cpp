@@ -60,10 +60,9 @@ bool kepTVGain::initGain()
 bool kepTVGain::initGainAttributes()
 {
     KEP_INFO("INFO_LOG", "Parsing Gain values from xml");
-    const bool registered =
-        KEP_SUCCEEDED(registerParams(mPtrGainInstance, &MWLGain::registerQualityParams,
-                                     &kepTvParser::mQualityParamsMap),
-                      kErrorId, "Failed to register quality parameters");
+    const bool registered = KEP_SUCCEEDED(registerParams<&MWLGain::registerQualityParams>(
+                                              mPtrGainInstance, &kepTvParser::mQualityParamsMap),
+                                          kErrorId, "Failed to register quality parameters");
     return KEP_SUCCEEDED(mPtrGainInstance->setGainInitialize(), kErrorId,
                          "Failed to initilize gain middleware API") && // sic
            registered;
@@ -72,8 +71,8 @@ bool kepTVGain::initGainAttributes()
 void kepTVGain::parseGainXML()
 {
     KEP_INFO("INFO_LOG", "Calling registerQualityParams & parseGainParams for snapshot-boot");
-    if (registerParams(mPtrGainInstance, &MWLGain::registerQualityParams,
-                       &kepTvParser::mQualityParamsMap) != 0)
+    if (registerParams<&MWLGain::registerQualityParams>(mPtrGainInstance,
+                                                        &kepTvParser::mQualityParamsMap) != 0)
         KEP_ERROR(kErrorId, "Failed to register quality parameters in parseGainXML");
     if (mPtrGainInstance->parseGainParams() != 0)
         KEP_ERROR(kErrorId, "Failed to call parseGainParams");
@@ -122,8 +121,8 @@ bool kepTVGain::setInputGain()
 bool kepTVGain::registerAudioVideoInfo()
 {
     KEP_INFO("INFO_LOG", "Calling registerAvParams");
-    return KEP_SUCCEEDED(registerParams(mPtrGainInstance, &MWLGain::registerAvParams,
-                                        &kepTvParser::mAvParamsMap),
+    return KEP_SUCCEEDED(registerParams<&MWLGain::registerAvParams>(mPtrGainInstance,
+                                                                    &kepTvParser::mAvParamsMap),
                          kErrorId, "Failed to register audio video parameters") &&
            setInputGain();
 }
@@ -137,8 +136,8 @@ bool kepTVGain::setAencGain()
 bool kepTVGain::registerAudioVideoInfoForEncoder()
 {
     KEP_INFO("INFO_LOG", "Calling registerAencAvParams For Encoder");
-    return KEP_SUCCEEDED(registerParams(mPtrGainInstance, &MWLGain::registerAencAvParams,
-                                        &kepTvParser::mAencAvParamsMap),
+    return KEP_SUCCEEDED(registerParams<&MWLGain::registerAencAvParams>(
+                             mPtrGainInstance, &kepTvParser::mAencAvParamsMap),
                          kErrorId, "Failed to register audio video parameters") &&
            setAencGain();
 }
@@ -169,7 +168,7 @@ void kepTVGain::setGainSettings(JValue settings)
     if (settings[key::kAudioDescription.name].asString() == "on") {
         kepTvParser* parser = kepTvParser::getInstance();
         const std::string stored =
-            parser->find(parser->mQualityParamsMap, key::kAudioDescriptionVolume.name).value_or("");
+            kepTvParser::find(parser->mQualityParamsMap, key::kAudioDescriptionVolume.name).value_or("");
         if (stored.empty()) {
             KEP_ERROR(kErrorId, "audio description volume key not present in map");
         } else {

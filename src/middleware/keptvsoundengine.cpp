@@ -144,10 +144,10 @@ bool kepTVSoundEngine::initSoundEngine()
 
 bool kepTVSoundEngine::initSoundEngineAttributes()
 {
-    const bool registered = KEP_SUCCEEDED(
-        registerParams(mPtrSoundEngineInstance, &MwlSeInterface::registerQualityParams,
-                       &kepTvParser::mQualityParamsMap),
-        kErrorId, "Failed to register quality Parameters for sound engine instance");
+    const bool registered =
+        KEP_SUCCEEDED(registerParams<&MwlSeInterface::registerQualityParams>(
+                          mPtrSoundEngineInstance, &kepTvParser::mQualityParamsMap),
+                      kErrorId, "Failed to register quality Parameters for sound engine instance");
     return KEP_SUCCEEDED(mPtrSoundEngineInstance->initialize(), kErrorId,
                          "Failed to initialize for sound engine instance") &&
            registered;
@@ -156,8 +156,8 @@ bool kepTVSoundEngine::initSoundEngineAttributes()
 void kepTVSoundEngine::registerAudioVideoInfo()
 {
     KEP_INFO("INFO_LOG", "Calling registerAvParams");
-    if (registerParams(mPtrSoundEngineInstance, &MwlSeInterface::registerAvParams,
-                       &kepTvParser::mAvParamsMap) != 0)
+    if (registerParams<&MwlSeInterface::registerAvParams>(mPtrSoundEngineInstance,
+                                                          &kepTvParser::mAvParamsMap) != 0)
         KEP_ERROR(kErrorId, "Failed to register audio video parameters");
 }
 

@@ -3,11 +3,15 @@
 // quality attributes and settings.
 #include "keptvaudio.h"
 
+#include <exception>
 #include <iterator>
 
+#include "kepcaught.h"
 #include "kepfactory.h"
 #include "keplog.h"
 #include "payloadkeys.h"
+#include "startupworker.h"
+#include "threads.h"
 
 namespace
 {
@@ -25,8 +29,22 @@ constexpr KEP_AUDIO_RESOURCE_T kInitialResources[] = {
 
 kepTVAudio* kepTVAudio::getInstance()
 {
-    static kepTVAudio instance;
-    return &instance;
+    /// Destroyed at exit, unless a step of the start-up still works on it.
+    struct Instance {
+        Instance() { new (&backend) kepTVAudio; }
+        ~Instance()
+        {
+            if (StartupWorker::isAbandoned())
+                backend.leaveRegistry(KEP_HERE.as("~kepTVAudio"));
+            else
+                backend.~kepTVAudio();
+        }
+        union {
+            kepTVAudio backend;
+        };
+    };
+    static Instance instance;
+    return &instance.backend;
 }
 
 kepAudio* kepTVAudio::createObject()
@@ -36,28 +54,49 @@ kepAudio* kepTVAudio::createObject()
 
 kepTVAudio::~kepTVAudio()
 {
+    leaveRegistry(KEP_HERE);
+}
+
+void kepTVAudio::leaveRegistry(const kepLogOrigin& origin)
+{
     kepFactory::getInstance()->UnRegister(kBackendName);
-    KEP_DEBUG("UnRegister kepTVAudio ...");
+    KEP_LOG_AS(origin, kLogDebug, "", "UnRegister kepTVAudio ...");
+}
+
+void kepTVAudio::requireStarted() const
+{
+    struct NotStarted : std::exception {
+        [[nodiscard]] const char* what() const noexcept override
+        {
+            return "the backend has not been started";
+        }
+    };
+    if (!mIsStarted)
+        throw NotStarted{};
 }
 
 unsigned int kepTVAudio::initAudio()
-{
+try {
     const unsigned int status = initSpeaker();
     kepTvParser* parser = kepTvParser::getInstance();
     if (parser == nullptr)
         return KEP_STATUS_FAILED;
     bindAdapters(parser);
-    parser->guarded([this] {
+    {
+        const std::lock_guard guard{threads::connectedResourcesGuard};
         mConnectedResources.insert(mConnectedResources.end(), std::begin(kInitialResources),
                                    std::end(kInitialResources));
-    });
+    }
     initGainAudio();
     mPtrTVAmplifier->initAmplifier();
     mPtrTVDelay->initDelay();
     mPtrTVGain->initGain();
     mPtrTVSoundEngine->initSoundEngine();
     mPtrTVAmplifier->mIsBootup = true;
+    mIsStarted = true;
     return status;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_STATUS_FAILED);
 }
 
 void kepTVAudio::bindAdapters(kepTvParser* parser)
@@ -73,7 +112,8 @@ void kepTVAudio::bindAdapters(kepTvParser* parser)
 
 unsigned int kepTVAudio::deinitAudio()
 {
-    kepTvParser::getInstance()->guarded([this] { mConnectedResources.clear(); });
+    const std::lock_guard guard{threads::connectedResourcesGuard};
+    mConnectedResources.clear();
     return KEP_STATUS_OK;
 }
 
@@ -97,7 +137,8 @@ bool kepTVAudio::getActiveState() const
 // --- Quality attributes
 
 unsigned int kepTVAudio::setQualityAttribute(JValue attribute)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "payload received is %s", attribute.stringify().c_str());
     if (!attribute.isObject()) {
         KEP_INFO("INFO_LOG", "setQualityAttribute API call :attributesObject is not an Object");
@@ -122,6 +163,8 @@ unsigned int kepTVAudio::setQualityAttribute(JValue attribute)
     if (result == KEP_RESULT_OK)
         printAudioVideoInfoTable();
     return result;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
@@ -177,11 +220,14 @@ void kepTVAudio::updatePolicyConnectionCategoryInfo(JValue payload)
 // --- Settings
 
 unsigned int kepTVAudio::setSettings(std::string category, JValue payload)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "category %s Payload received is %s", category.c_str(),
              payload.stringify().c_str());
     const SettingsRow* row = findSettings(category);
     return row != nullptr && applySettings(*row, payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 bool kepTVAudio::mIsObjRegistered =

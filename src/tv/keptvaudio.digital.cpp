@@ -354,7 +354,9 @@ bool kepTVAudio::setOTTAdecMode(bool ott, bool atmosLock)
 void kepTVAudio::setBroadcastSystem()
 {
     constexpr const char* kKey = key::kBroadcastSystem.name;
-    const std::optional<std::string> system = qualityParam(kKey);
+    // The start-up worker comes here while the caller's thread may be changing the map.
+    const std::optional<std::string> system =
+        mPtrParserInstance->findShared(mPtrParserInstance->mQualityParamsMap, kKey);
     if (!system) {
         KEP_ERROR("INVALID_PARAMETER", "%s is not available. Failed to set Broadcast System", kKey);
         return;

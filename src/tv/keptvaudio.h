@@ -71,7 +71,7 @@ using AudioVideoInfo = std::map<std::string, std::string>;
 ///
 // clang-format on
 /// Calls come from one thread at a time. The start-up worker and GLib timers work on the same
-/// object; what the worker shares with the caller is atomic, or behind the parameter store's guard.
+/// object; who may touch what stands in threads.h.
 class KEP_EXPORT kepTVAudio : public kepAudio
 {
 public:
@@ -390,24 +390,13 @@ protected:
 
     // --- Life cycle
     void bindAdapters(kepTvParser* parser);
-
-    bool mActiveState = true;
-
-    // --- Adapters and store: singletons of their own, bound by initAudio, never deleted.
-    kepTvParser* mPtrParserInstance = nullptr;
-    kepTVAmplifier* mPtrTVAmplifier = nullptr;
-    kepTVDelay* mPtrTVDelay = nullptr;
-    kepTVGain* mPtrTVGain = nullptr;
-    kepTVSoundEngine* mPtrTVSoundEngine = nullptr;
+    void leaveRegistry(const kepLogOrigin& origin);
+    /// Throws until initAudio has come to its end: the adapters have nothing to talk to before.
+    void requireStarted() const;
 
     // --- Routing
     /// The current output; whatever cannot be one counts as speaker and optical.
     KEP_AUDIO_SNDOUT_T routedOutput() const;
-
-    KEP_AUDIO_SNDOUT_T mCurrentSoundout = KEP_AUDIO_NO_OUTPUT;
-    // In order of connection. Only the caller's thread changes it, behind the store's guard: the
-    // start-up worker walks it, too.
-    std::vector<KEP_AUDIO_RESOURCE_T> mConnectedResources;
 
     // --- Output selection
     /// Closes the members that the output lacks, then opens those that it has in addition.
@@ -422,32 +411,21 @@ protected:
     void guardHeadphone(KEP_AUDIO_SNDOUT_T output, const kepLogOrigin& origin);
     bool unguardHeadphone(const kepLogOrigin& origin);
 
-    // --- Volume and mute
-    std::uint8_t mOutputVolume = 0; // last one requested for the output that was current
-    bool mOutputMuteStatus = false; // last one requested, for whatever output
-
     // --- Headphone. The reasons to mute and the timer are also used by the start-up worker.
     /// Starts the timer that lets the headphone be unmuted; false when one is pending already.
     bool startUnmuteTimer(int (*callback)(void*));
+    static bool endUnmuteTimer(const char* line, const kepLogOrigin& origin = KEP_CALLER);
     bool isUnmuteHeldBack(bool mute, const kepLogOrigin& origin = KEP_CALLER) const;
-
-    std::atomic<bool> mHeadphoneMuteStatus{false};     // asked for by the caller
-    std::atomic<bool> mHeadphoneDetectionMute{false};  // asked for by headphone detection
-    std::atomic<bool> mPowerStateHeadphoneMute{false}; // asked for by the power state
-    bool mIsPrepareResume = false;                     // the next unmute is the first after resume
-    KEP_AUDIO_SNDOUT_T mPopNoiseSoundOutput = KEP_AUDIO_NO_OUTPUT; // unmuted when the timer fires
-    static std::atomic<unsigned int> mHeadphoneUnmuteTimerID; // GLib source, 0 when none is pending
-    static std::atomic<bool> mHeadphoneTimerMuteDone;         // a timer has run; never cleared
 
     // --- Digital outputs
     /// A parameter of the settings, or of the current pipeline; empty when there is none.
     std::optional<std::string> qualityParam(const char* key) const
     {
-        return mPtrParserInstance->find(mPtrParserInstance->mQualityParamsMap, key);
+        return kepTvParser::find(mPtrParserInstance->mQualityParamsMap, key);
     }
     std::optional<std::string> avParam(const char* key) const
     {
-        return mPtrParserInstance->find(mPtrParserInstance->mAvParamsMap, key);
+        return kepTvParser::find(mPtrParserInstance->mAvParamsMap, key);
     }
     bool reapplyDigitalMode();
     int modeNumber(const DigitalModes& modes, bool japan) const;
@@ -455,42 +433,29 @@ protected:
     bool isJapaneseArc() const;
     sndout_earc_output_codec_type preferredDolbyType() const;
 
-    JValue mEarcCapability; // codecs that the connected eARC device announced
-    bool mSupportBnoModel = false;
-    bool mMixerFlag = false;    // setting "mix"
-    bool mForcedDDPlus = false; // setting "forceOutputDDPLUS"
-    std::string mArcProfile;    // setting "arcProfile"
-
     // --- Start-up
-    struct StartupConditions {
-        bool contiConfigReceived = false;
-        bool hardwareConfigApplied = false;
-        bool modelConfigReceived = false;
-    };
+    /// A copy, for whatever thread.
+    std::vector<KEP_AUDIO_RESOURCE_T> connectedResources() const;
     void launchStartup(const kepLogOrigin& origin);
     void retryInitialGains(const kepLogOrigin& origin);
     void muteHeadphoneOnColdStart(const kepLogOrigin& origin);
 
-    StartupConditions mStartupConditions;            // the caller's thread only
-    std::atomic<bool> mIsInitGainAudioUpdate{false}; // also written by the start-up worker
-
     // --- Pipelines and settings
     static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
-    void adoptPipeline(const AudioVideoInfo& pipeline);
-    void applyPurpose(const std::string& purpose, const AudioVideoInfo& pipeline,
+    /// The position of the next pipeline of that id, counted from `from`; the store's size when
+    /// there is none.
+    std::size_t nextPipeline(const std::string& pipelineId, std::size_t from) const;
+    void refreshPipelineIdHash(std::size_t position) const;
+    std::optional<std::size_t> findAudioPipeline(const JValue& pipelineInfo,
+                                                 const kepLogOrigin& origin = KEP_CALLER) const;
+    static bool isRecording(const std::string& purpose);
+    // `changed`: whether the map differs from what the middleware's parameters have been set to.
+    void adoptPipeline(const AudioVideoInfo& pipeline, bool changed);
+    void applyPurpose(const std::string& purpose, const AudioVideoInfo& pipeline, bool changed,
                       const kepLogOrigin& origin = KEP_CALLER);
-    AudioVideoInfo* findAudioPipeline(const JValue& pipelineInfo,
-                                      const kepLogOrigin& origin = KEP_CALLER);
-    void useAsCurrentPipeline(const AudioVideoInfo& pipeline,
+    void useAsCurrentPipeline(const AudioVideoInfo& pipeline, bool changed,
                               const kepLogOrigin& origin = KEP_CALLER);
     static bool isOfCategory(const JValue& stored, const std::string& category);
-
-    std::vector<AudioVideoInfo> AudioVideoInfoMapVector; // in order of arrival
-    std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category
-    std::map<std::string, std::string> mStoredSettings;
-    bool mOttEnabled = false; // last pair that the driver took
-    bool mAtmosLocked = false;
-    bool mWisaActivated = false;
 
     // --- Dispatch of settings (keptvaudiosettings.cpp)
     friend class kepCatalogue; // shows the categories
@@ -531,4 +496,69 @@ protected:
     bool writeI2cDataToAmplifier(JValue payload);
     bool setAudioVideoSync(JValue payload);
     bool setOffsetDelay(JValue payload);
+
+    // --- State, in its fixed order. The caller's thread alone reads and writes it, unless a line
+    // says otherwise (threads.h).
+
+    // Class-wide: the unmute timer, any thread
+    static std::atomic<unsigned int> mHeadphoneUnmuteTimerID; // GLib source, 0 when none is pending
+    static std::atomic<bool> mHeadphoneTimerMuteDone;         // a timer has run; never cleared
+
+    // Digital outputs
+    JValue mEarcCapability; // codecs that the connected eARC device announced
+
+    // Start-up
+    struct StartupConditions {
+        bool contiConfigReceived = false;
+        bool hardwareConfigApplied = false;
+        bool modelConfigReceived = false;
+    };
+    StartupConditions mStartupConditions;
+    std::atomic<bool> mIsInitGainAudioUpdate{false}; // any thread
+
+    // Life cycle
+    bool mActiveState = true;
+    bool mIsStarted = false; // initAudio has come to its end
+
+    // Volume and mute
+    bool mOutputMuteStatus = false; // last one requested, for whatever output
+    std::uint8_t mOutputVolume = 0; // last one requested for the output that was current
+
+    // Headphone: the reasons to mute, any thread
+    std::atomic<bool> mPowerStateHeadphoneMute{false}; // asked for by the power state
+    std::atomic<bool> mHeadphoneDetectionMute{false};  // asked for by headphone detection
+    std::atomic<bool> mHeadphoneMuteStatus{false};     // asked for by the caller
+    bool mIsPrepareResume = false;                     // the next unmute is the first after resume
+    KEP_AUDIO_SNDOUT_T mPopNoiseSoundOutput = KEP_AUDIO_NO_OUTPUT; // unmuted when the timer fires
+
+    // Digital outputs and settings
+    bool mSupportBnoModel = false; // setting "supportBnoModel"
+    bool mMixerFlag = false;       // setting "mix"
+    bool mForcedDDPlus = false;    // setting "forceOutputDDPLUS"
+    bool mOttEnabled = false;      // last pair that the driver took
+    bool mAtmosLocked = false;
+    bool mWisaActivated = false; // setting "activateWisa"
+    std::string mArcProfile;     // setting "arcProfile"
+
+    // Output selection, routing
+    KEP_AUDIO_SNDOUT_T mCurrentSoundout = KEP_AUDIO_NO_OUTPUT;
+    // In order of connection; changed behind its guard, the worker copies it.
+    std::vector<KEP_AUDIO_RESOURCE_T> mConnectedResources;
+
+    // Settings, pipelines
+    std::vector<JValue> mSettingsList; // {"category", "value"}, at most one a category
+    std::vector<AudioVideoInfo> AudioVideoInfoMapVector; // in order of arrival
+
+    // Store and adapters: singletons of their own, never deleted. Bound by the first initAudio,
+    // then read by any thread.
+    kepTvParser* mPtrParserInstance = nullptr;
+    kepTVAmplifier* mPtrTVAmplifier = nullptr;
+    kepTVDelay* mPtrTVDelay = nullptr;
+    kepTVGain* mPtrTVGain = nullptr;
+    kepTVSoundEngine* mPtrTVSoundEngine = nullptr;
+
+    // Beside the fixed order
+    std::map<std::string, std::string> mStoredSettings;
+    mutable std::vector<std::size_t>
+        mPipelineIdHashes; // of AudioVideoInfoMapVector, looked up first
 };

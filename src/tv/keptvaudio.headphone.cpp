@@ -7,6 +7,7 @@
 #include <glib.h>
 
 #include "hwiogpio.h"
+#include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 #include "payloadkeys.h"
@@ -18,6 +19,7 @@ namespace
 
 constexpr const char* kHeadphoneLine = "GPIO_RD_HP_LINK";
 constexpr unsigned int kUnmuteDelayMs = 5000;
+constexpr unsigned int kClaimedTimer = ~0U; // pending, its GLib source not yet known
 constexpr unsigned int kSoundSyncOffPauseUs = 50'000;
 
 PowerStateMute powerStateMuteOf(KEP_AUDIO_SNDOUT_T output)
@@ -38,7 +40,8 @@ std::atomic<unsigned int> kepTVAudio::mHeadphoneUnmuteTimerID{0};
 std::atomic<bool> kepTVAudio::mHeadphoneTimerMuteDone{false};
 
 unsigned int kepTVAudio::getHeadphoneStatus(bool* connected)
-{
+try {
+    requireStarted();
     std::uint8_t level = 0;
     const int status = HWIO_GPIO_ReadInputPort(kHeadphoneLine, &level);
     if (status != 0) {
@@ -48,6 +51,8 @@ unsigned int kepTVAudio::getHeadphoneStatus(bool* connected)
     if (connected != nullptr)
         *connected = level != 0;
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 // --- The mute decision
@@ -78,13 +83,14 @@ bool kepTVAudio::executeMuteHeadphone(bool mute)
 
 bool kepTVAudio::startUnmuteTimer(int (*callback)(void*))
 {
-    // The caller's thread and the start-up worker may both want one.
-    return mPtrParserInstance->guarded([&] {
-        if (mHeadphoneUnmuteTimerID != 0)
-            return false;
-        mHeadphoneUnmuteTimerID = g_timeout_add(kUnmuteDelayMs, callback, this);
-        return true;
-    });
+    // The caller's thread and the start-up worker may both want one: the first to claim it gets it.
+    unsigned int pending = 0;
+    if (!mHeadphoneUnmuteTimerID.compare_exchange_strong(pending, kClaimedTimer))
+        return false;
+    const unsigned int timer = g_timeout_add(kUnmuteDelayMs, callback, this);
+    unsigned int claimed = kClaimedTimer; // unless it has fired already
+    mHeadphoneUnmuteTimerID.compare_exchange_strong(claimed, timer);
+    return true;
 }
 
 bool kepTVAudio::isUnmuteHeldBack(bool mute, const kepLogOrigin& origin) const
@@ -198,36 +204,41 @@ bool kepTVAudio::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute
 
 // --- Timers
 
-int kepTVAudio::_resetHeadphoneUnmuteTimerCallback(void* backend)
+/// Ends the pending timer; false when there is none.
+bool kepTVAudio::endUnmuteTimer(const char* line, const kepLogOrigin& origin)
 {
-    KEP_INFO("INFO_LOG", "In _resetHeadphoneUnmuteTimerCallback");
     const unsigned int timer = mHeadphoneUnmuteTimerID;
     if (timer == 0)
-        return G_SOURCE_REMOVE;
-    KEP_INFO("INFO_LOG", "Headphone Unmute Timer will be removed while timeout");
-    g_source_remove(timer);
+        return false;
+    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "%s", line);
+    if (timer != kClaimedTimer)
+        g_source_remove(timer);
     mHeadphoneUnmuteTimerID = 0;
     mHeadphoneTimerMuteDone = true;
+    return true;
+}
+
+int kepTVAudio::_resetHeadphoneUnmuteTimerCallback(void* backend)
+try {
+    KEP_INFO("INFO_LOG", "In _resetHeadphoneUnmuteTimerCallback");
     auto* audio = static_cast<kepTVAudio*>(backend);
-    if (audio != nullptr)
+    if (endUnmuteTimer("Headphone Unmute Timer will be removed while timeout") && audio != nullptr)
         audio->setPowerStateHeadphoneMute(audio->getPopNoiseSoundOutput(), /*mute=*/false);
     return G_SOURCE_REMOVE;
+} catch (...) {
+    return kepCaught(KEP_HERE, G_SOURCE_REMOVE);
 }
 
 int kepTVAudio::_headphoneUnmuteAcOnCallback(void* backend)
-{
+try {
     KEP_INFO("INFO_LOG", "In _headphoneUnmuteAcOnCallback");
-    const unsigned int timer = mHeadphoneUnmuteTimerID;
-    if (timer == 0)
-        return G_SOURCE_REMOVE;
-    KEP_INFO("INFO_LOG", "Headphone Unmute Timer will be removed during AC On");
-    g_source_remove(timer);
-    mHeadphoneUnmuteTimerID = 0;
-    mHeadphoneTimerMuteDone = true;
     auto* audio = static_cast<kepTVAudio*>(backend);
-    if (audio != nullptr && OutputMembers{audio->mCurrentSoundout}.contains(KEP_AUDIO_HP))
+    if (endUnmuteTimer("Headphone Unmute Timer will be removed during AC On") && audio != nullptr &&
+        OutputMembers{audio->mCurrentSoundout}.contains(KEP_AUDIO_HP))
         audio->setMuteHeadphone(/*mute=*/false);
     return G_SOURCE_REMOVE;
+} catch (...) {
+    return kepCaught(KEP_HERE, G_SOURCE_REMOVE);
 }
 
 // --- Sound bar, light and model

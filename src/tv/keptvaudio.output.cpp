@@ -5,6 +5,7 @@
 // first failure.
 #include <algorithm>
 
+#include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 #include "soundoutputs.h"
@@ -30,7 +31,8 @@ const OutputSwitch& opticalSwitchOf(KEP_AUDIO_SNDOUT_T output)
 } // namespace
 
 unsigned int kepTVAudio::setSoundOutput(std::string soundOutput)
-{
+try {
+    requireStarted();
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(soundOutput);
     KEP_INFO("INFO_LOG", "Request to set soundOutput %s", soundOutput.c_str());
     if (output == KEP_AUDIO_NO_OUTPUT) {
@@ -61,6 +63,8 @@ unsigned int kepTVAudio::setSoundOutput(std::string soundOutput)
     }
     KEP_INFO("INFO_LOG", "successfully set soundoutput %s", soundOutput.c_str());
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 // --- Transitions, from mCurrentSoundout

@@ -4,14 +4,24 @@
 // has no undo).
 #include <algorithm>
 
+#include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 #include "payloadkeys.h"
 #include "soundoutputs.h"
+#include "threads.h"
+
+namespace
+{
+
+using ForConnectedResources = std::lock_guard<threads::Guard>;
+
+} // namespace
 
 unsigned int kepTVAudio::connectInput(std::string source, std::string sink,
                                       JValue pipelineAttribute)
-{
+try {
+    requireStarted();
     KEP_INFO(
         "INFO_LOG",
         "Request to connect sourceName:%s sinkName:%s pipelineAttribute:%s mCurrentSoundout:%d",
@@ -43,12 +53,16 @@ unsigned int kepTVAudio::connectInput(std::string source, std::string sink,
         return KEP_RESULT_FAILED;
     if (!mPtrTVGain->setInputGain())
         KEP_ERROR("GAIN_MIDDLEWARE_ERROR", "Failed to update Input Gain");
-    mPtrParserInstance->guarded([&] { mConnectedResources.push_back(resource); });
+    const ForConnectedResources guard{threads::connectedResourcesGuard};
+    mConnectedResources.push_back(resource);
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepTVAudio::disconnectInput(std::string source, std::string sink)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "Request to disconnect source %s and sink %s mCurrentSoundout:%d",
              source.c_str(), sink.c_str(), mCurrentSoundout);
     const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
@@ -64,10 +78,13 @@ unsigned int kepTVAudio::disconnectInput(std::string source, std::string sink)
     const unsigned int result = checkDisconnectInputResource(resource);
     if (result != KEP_RESULT_OK)
         return result;
+    const ForConnectedResources guard{threads::connectedResourcesGuard};
     const auto first = std::find(mConnectedResources.begin(), mConnectedResources.end(), resource);
     if (first != mConnectedResources.end())
-        mPtrParserInstance->guarded([&] { mConnectedResources.erase(first); });
+        mConnectedResources.erase(first);
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 KEP_AUDIO_SNDOUT_T kepTVAudio::routedOutput() const
@@ -119,8 +136,10 @@ bool kepTVAudio::connectDisconnectResources(int outputType, bool connect)
 {
     KEP_INFO("INFO_LOG", "Connect or disconnect status %d speakerType %d", connect, outputType);
     const ControlElement<3>& element = connect ? kSndoutConnect : kSndoutDisconnect;
-    for (const KEP_AUDIO_RESOURCE_T resource : mConnectedResources)
-        if (!writeOrLog(element, {outputType, indexOf(resource), portOf(resource)}))
+    // By position: whoever is called by a write may connect or disconnect something.
+    for (std::size_t i = 0; i < mConnectedResources.size(); ++i)
+        if (!writeOrLog(element, {outputType, indexOf(mConnectedResources[i]),
+                                  portOf(mConnectedResources[i])}))
             return false;
     return true;
 }

@@ -8,9 +8,11 @@
 
 #include <pthread.h>
 
+#include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 #include "startupworker.h"
+#include "threads.h"
 
 namespace
 {
@@ -49,13 +51,24 @@ void logPerformance(const char* group, const char* status)
                     now.tv_sec, milliseconds, kPerformanceType, group, status);
 }
 
-/// Runs a step unless the process is ending; false when it is.
+/// Runs a step. What it throws is logged with its name, and keeps no other step from running.
 template <typename Step>
-bool unlessEnding(Step step)
+void run(const char* name, Step step)
+{
+    StartupWorker::instance().begin(name);
+    kepGuarded(KEP_HERE.as("startXmlParsing"), name, false, [&] {
+        step();
+        return true;
+    });
+}
+
+/// The same unless the process is ending; false when it is.
+template <typename Step>
+bool unlessEnding(const char* name, Step step)
 {
     if (StartupWorker::instance().stopping())
         return false;
-    step();
+    run(name, step);
     return true;
 }
 
@@ -63,22 +76,37 @@ bool unlessEnding(Step step)
 template <typename Step>
 bool timed(const char* group, Step step)
 {
-    return unlessEnding([&] {
-        logPerformance(group, "start");
+    if (StartupWorker::instance().stopping())
+        return false;
+    logPerformance(group, "start");
+    run(group, step);
+    logPerformance(group, "end");
+    return true;
+}
+
+/// A step that works on the driver or on GLib instead of the middleware.
+template <typename Step>
+bool inForeignLibraries(const char* name, Step step)
+{
+    return unlessEnding(name, [&] {
+        const threads::InForeignLibraries inside;
         step();
-        logPerformance(group, "end");
     });
 }
 
 } // namespace
 
+std::vector<KEP_AUDIO_RESOURCE_T> kepTVAudio::connectedResources() const
+{
+    const std::lock_guard guard{threads::connectedResourcesGuard};
+    return mConnectedResources;
+}
+
 void kepTVAudio::initGainAudio()
 {
     KEP_INFO("INFO_LOG", "init Gain Audio");
     bool done = true;
-    const auto connected =
-        kepTvParser::getInstance()->guarded([this] { return mConnectedResources; });
-    for (const KEP_AUDIO_RESOURCE_T resource : connected) {
+    for (const KEP_AUDIO_RESOURCE_T resource : connectedResources()) {
         if (!write(kGainInput, {indexOf(resource), portOf(resource), kInitialGain})) {
             KEP_ERROR("CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element %s", // sic
                       kGainInput.name);
@@ -115,9 +143,11 @@ void kepTVAudio::startXmlParsing()
         timed("init_delay", [this] { mPtrTVDelay->initDelayAttributes(); }) &&
         timed("parse_gain", [this] { mPtrTVGain->parseGainXML(); }) &&
         timed("parse_amplifier", [this] { mPtrTVAmplifier->parseAmplifierXML(); }) &&
-        unlessEnding([this, origin = KEP_HERE] { muteHeadphoneOnColdStart(origin); }) &&
-        unlessEnding([this, origin = KEP_HERE] { retryInitialGains(origin); }) &&
-        unlessEnding([this] { setBroadcastSystem(); }) &&
+        inForeignLibraries("setMuteHeadphone",
+                           [this, origin = KEP_HERE] { muteHeadphoneOnColdStart(origin); }) &&
+        inForeignLibraries("initGainAudio",
+                           [this, origin = KEP_HERE] { retryInitialGains(origin); }) &&
+        inForeignLibraries("setBroadcastSystem", [this] { setBroadcastSystem(); }) &&
         timed("init_soundEngine", [this] { mPtrTVSoundEngine->initSoundEngineAttributes(); }) &&
         timed("resetGainAttributes", [this] { mPtrTVGain->resetGainAttributes(); }) &&
         timed("resetAmplifierAttributes", [this] { mPtrTVAmplifier->resetAmplifierAttributes(); });

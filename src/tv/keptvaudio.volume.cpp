@@ -3,6 +3,7 @@
 // What was asked for is kept even when it could not be carried out: other rooms apply it again
 // later.
 #include "keptvaudio.h"
+#include "kepcaught.h"
 #include "keplog.h"
 #include "payloadkeys.h"
 #include "soundoutputs.h"
@@ -26,7 +27,8 @@ unsigned int resultOf(bool done)
 } // namespace
 
 unsigned int kepTVAudio::setOutputVolume(std::string soundOutput, std::uint8_t volume)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "Request to set volume %d on output %s", volume, soundOutput.c_str());
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(soundOutput);
     bool done = true;
@@ -55,10 +57,13 @@ unsigned int kepTVAudio::setOutputVolume(std::string soundOutput, std::uint8_t v
     if (output == mCurrentSoundout && isValidSoundout())
         mOutputVolume = volume; // only now: the mechanisms look at the volume before
     return resultOf(done);
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepTVAudio::setOutputMute(std::string soundOutput, bool mute)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "Setting mute to %d on soundOutputType %s", mute, soundOutput.c_str());
     mOutputMuteStatus = mute;
     switch (mechanismOf(getSoundOutputResourceId(soundOutput), &SoundOutput::mute)) {
@@ -82,10 +87,13 @@ unsigned int kepTVAudio::setOutputMute(std::string soundOutput, bool mute)
         break;
     }
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepTVAudio::setMute(std::string source, std::string sink, bool mute)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "Request to set mute status of source %s and sink %s as %d",
              source.c_str(), sink.c_str(), mute);
     const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
@@ -98,21 +106,29 @@ unsigned int kepTVAudio::setMute(std::string source, std::string sink, bool mute
         return KEP_RESULT_FAILED;
     }
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepTVAudio::setInputVolume(std::string source, std::string sink, std::uint8_t volume)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "Request to set input volume %d on source %s and sink %s", volume,
              source.c_str(), sink.c_str());
     if (getResourceId(source, sink) == KEP_AUDIO_RESOURCE_INVALID)
         return KEP_RESULT_FAILED; // sic: setMute answers an invalid resource
     return resultOf(mPtrTVGain->setInputVolume(source, sink, volume));
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 unsigned int kepTVAudio::setMuteExtSPK(bool mute)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "Setting mute to %d on External Speaker", mute);
     return resultOf(executeMuteExtSpeaker(mute));
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 bool kepTVAudio::setSpeakerHeadphoneOutputVolume(std::uint8_t volume)

@@ -2,7 +2,10 @@
 // The pipeline store: one map of attributes for each media pipeline, and the copy of the one that
 // plays now, which the middleware is given.
 #include <algorithm>
+#include <functional>
+#include <utility>
 
+#include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 #include "payloadkeys.h"
@@ -22,6 +25,11 @@ constexpr Field kFields[] = {
     {key::kPipelineType.name, false},
 };
 
+std::size_t hashOf(const std::string& text)
+{
+    return std::hash<std::string>{}(text);
+}
+
 AudioVideoInfo fieldsOf(const JValue& report)
 {
     AudioVideoInfo pipeline;
@@ -36,30 +44,63 @@ AudioVideoInfo fieldsOf(const JValue& report)
 
 } // namespace
 
-void kepTVAudio::useAsCurrentPipeline(const AudioVideoInfo& pipeline, const kepLogOrigin& origin)
+// --- Finding a pipeline
+
+void kepTVAudio::refreshPipelineIdHash(std::size_t position) const
+{
+    const AudioVideoInfo& pipeline = AudioVideoInfoMapVector[position];
+    const auto id = pipeline.find("pipelineId");
+    mPipelineIdHashes[position] = hashOf(id != pipeline.end() ? id->second : "");
+}
+
+std::size_t kepTVAudio::nextPipeline(const std::string& pipelineId, std::size_t from) const
+{
+    if (mPipelineIdHashes.size() != AudioVideoInfoMapVector.size()) { // one has been added
+        const std::size_t known =
+            std::min(mPipelineIdHashes.size(), AudioVideoInfoMapVector.size());
+        mPipelineIdHashes.resize(AudioVideoInfoMapVector.size());
+        for (std::size_t i = known; i < mPipelineIdHashes.size(); ++i)
+            refreshPipelineIdHash(i);
+    }
+    const std::size_t hash = hashOf(pipelineId);
+    while (from < mPipelineIdHashes.size() &&
+           (mPipelineIdHashes[from] != hash ||
+            !hasPipelineId(AudioVideoInfoMapVector[from], pipelineId)))
+        ++from;
+    return from;
+}
+
+// --- What the middleware is given
+
+bool kepTVAudio::isRecording(const std::string& purpose)
+{
+    return purpose == "RECORDING";
+}
+
+void kepTVAudio::useAsCurrentPipeline(const AudioVideoInfo& pipeline, bool changed,
+                                      const kepLogOrigin& origin)
 {
     if (!getActiveState()) {
         KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "not update in map because activestate is false");
         return;
     }
-    adoptPipeline(pipeline);
+    adoptPipeline(pipeline, changed);
 }
 
-void kepTVAudio::adoptPipeline(const AudioVideoInfo& pipeline)
+void kepTVAudio::adoptPipeline(const AudioVideoInfo& pipeline, bool changed)
 {
-    mPtrParserInstance->withMap(mPtrParserInstance->mAvParamsMap,
-                                [&](kepTvParser::Map& map) { map = pipeline; });
+    if (changed)
+        mPtrParserInstance->replace(mPtrParserInstance->mAvParamsMap, pipeline);
     updateCodecImmersiveFormat(pipeline);
 }
 
 void kepTVAudio::applyPurpose(const std::string& purpose, const AudioVideoInfo& pipeline,
-                              const kepLogOrigin& origin)
+                              bool changed, const kepLogOrigin& origin)
 {
-    if (purpose == "RECORDING")
-        mPtrParserInstance->withMap(mPtrParserInstance->mAencAvParamsMap,
-                                    [&](kepTvParser::Map& map) { map = pipeline; });
-    else
-        useAsCurrentPipeline(pipeline, origin);
+    if (!isRecording(purpose))
+        useAsCurrentPipeline(pipeline, changed, origin);
+    else if (changed)
+        mPtrParserInstance->replace(mPtrParserInstance->mAencAvParamsMap, pipeline);
 }
 
 void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
@@ -71,37 +112,48 @@ void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
     if (purposes.isValid() && !purposes.isArray())
         KEP_ERROR("INVALID_PARAMETER", "pipelinePurpose is not an Array Element");
     if (!purposes.isArray())
-        useAsCurrentPipeline(pipeline);
+        useAsCurrentPipeline(pipeline, /*changed=*/true);
 
-    int index = 0;
+    // Each purpose hands the map over as it stands then; of each kind only the last one is seen.
+    std::vector<std::string> names;
+    std::size_t last[2] = {};
     for (const JValue& element : purposes.elements()) {
-        const std::string purpose = element.asString();
-        pipeline["pipelinePurpose" + std::to_string(index++)] = purpose;
-        applyPurpose(purpose, pipeline);
+        names.push_back(element.asString());
+        last[isRecording(names.back()) ? 1 : 0] = names.size() - 1;
+    }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        pipeline["pipelinePurpose" + std::to_string(i)] = names[i];
+        applyPurpose(names[i], pipeline, i == last[isRecording(names[i]) ? 1 : 0]);
     }
     AudioVideoInfoMapVector.push_back(std::move(pipeline));
     printSetQualityAttributeInfo();
 }
 
 unsigned int kepTVAudio::removePipelineInfo(std::string pipelineId)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "Removing pipelineId %s", pipelineId.c_str());
     KEP_INFO("INFO_LOG", "Before removal Size of AudioVideoInfoMapVector: %d",
              static_cast<int>(AudioVideoInfoMapVector.size()));
     std::vector<std::size_t> positions;
-    for (std::size_t i = 0; i < AudioVideoInfoMapVector.size(); ++i)
-        if (hasPipelineId(AudioVideoInfoMapVector[i], pipelineId))
-            positions.push_back(i);
+    for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
+         i = nextPipeline(pipelineId, i + 1))
+        positions.push_back(i);
     KEP_INFO("INFO_LOG", "Size of indexVector to remove pipelineid: %d",
              static_cast<int>(positions.size()));
     // sic: a position is not corrected for what has been erased before it
-    for (const std::size_t position : positions)
-        if (position < AudioVideoInfoMapVector.size())
-            AudioVideoInfoMapVector.erase(AudioVideoInfoMapVector.begin() +
-                                          static_cast<std::ptrdiff_t>(position));
+    for (const std::size_t position : positions) {
+        if (position >= AudioVideoInfoMapVector.size())
+            continue;
+        const auto offset = static_cast<std::ptrdiff_t>(position);
+        AudioVideoInfoMapVector.erase(AudioVideoInfoMapVector.begin() + offset);
+        mPipelineIdHashes.erase(mPipelineIdHashes.begin() + offset);
+    }
     KEP_INFO("INFO_LOG", "Size of AudioVideoInfoMapVector: %d",
              static_cast<int>(AudioVideoInfoMapVector.size()));
     return KEP_RESULT_OK;
+} catch (...) {
+    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
 bool kepTVAudio::resetPipelineInfo(JValue pipelineInfo)
@@ -110,10 +162,9 @@ bool kepTVAudio::resetPipelineInfo(JValue pipelineInfo)
              pipelineInfo.stringify().c_str());
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     bool found = false;
-    for (AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
-        if (!hasPipelineId(pipeline, pipelineId))
-            continue;
-        pipeline = {{"pipelineId", pipelineId}};
+    for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
+         i = nextPipeline(pipelineId, i + 1)) {
+        AudioVideoInfoMapVector[i] = {{"pipelineId", pipelineId}};
         KEP_INFO("INFO_LOG", "After Reset New values %s %s", "pipelineId", pipelineId.c_str());
         found = true;
     }
@@ -123,7 +174,9 @@ bool kepTVAudio::resetPipelineInfo(JValue pipelineInfo)
 void kepTVAudio::printAudioVideoInfoTable() const
 {
     KEP_DEBUG("printAudioVideoInfoTable");
-    const AudioVideoInfo current = mPtrParserInstance->copyOf(mPtrParserInstance->mAvParamsMap);
+    if (!kepLogAdmits(kLogDebug))
+        return;
+    const AudioVideoInfo& current = mPtrParserInstance->mAvParamsMap;
     for (const auto& [key, value] : current)
         KEP_DEBUG("KeyValue = :%s   and Value = %s \n", key.c_str(), value.c_str()); // sic
     KEP_DEBUG("Size of map:%d", static_cast<int>(current.size()));
@@ -133,6 +186,8 @@ void kepTVAudio::printSetQualityAttributeInfo() const
 {
     KEP_INFO("INFO_LOG", "AudioVideoInfo map size %d",
              static_cast<int>(AudioVideoInfoMapVector.size()));
+    if (!kepLogAdmits(kLogInfo))
+        return; // the walk alone takes long when there are many
     for (const AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
         KEP_INFO("INFO_LOG", "AudioVideoInfo map values are");
         for (const auto& [key, value] : pipeline)
@@ -170,14 +225,13 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     if (pipelineId.empty())
         return false;
-    const auto pipeline = std::find_if(
-        AudioVideoInfoMapVector.begin(), AudioVideoInfoMapVector.end(),
-        [&](const AudioVideoInfo& candidate) { return hasPipelineId(candidate, pipelineId); });
-    if (pipeline == AudioVideoInfoMapVector.end())
+    const std::size_t position = nextPipeline(pipelineId, 0);
+    if (position == AudioVideoInfoMapVector.size())
         return false;
 
+    AudioVideoInfo& pipeline = AudioVideoInfoMapVector[position];
     if (categoryInfo.hasKey(key::kCodec.name))
-        (*pipeline)["videoCodec"] = categoryInfo[key::kCodec.name].asString();
+        pipeline["videoCodec"] = categoryInfo[key::kCodec.name].asString();
     const JValue params = categoryInfo[key::kParams.name];
     if (!params.isArray())
         KEP_ERROR("INVALID_PARAMETER", "Param is not an Array Element");
@@ -185,11 +239,10 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
     for (const JValue& param : params.elements()) {
         const std::string key = "params" + std::to_string(index++);
         KEP_DEBUG(" Param String = %s ", key.c_str()); // sic
-        (*pipeline)[key] = param.asString();
+        pipeline[key] = param.asString();
     }
     if (getActiveState())
-        mPtrParserInstance->withMap(mPtrParserInstance->mAvParamsMap,
-                                    [&](kepTvParser::Map& map) { map = *pipeline; });
+        mPtrParserInstance->replace(mPtrParserInstance->mAvParamsMap, pipeline);
     else
         KEP_INFO("INFO_LOG", "not update in local map because activestate is false");
     printAudioVideoInfoTable();
@@ -199,7 +252,8 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
 // --- Queries of settings
 
 JValue kepTVAudio::getSettings(const std::string& category, JValue request)
-{
+try {
+    requireStarted();
     KEP_INFO("INFO_LOG", "get settings for category %s, settings:%s", category.c_str(),
              request.stringify().c_str());
     if (category == key::kGainValue.name) {
@@ -236,6 +290,8 @@ JValue kepTVAudio::getSettings(const std::string& category, JValue request)
     }
     KEP_DEBUG("currentSettings =  %s", answer.stringify().c_str()); // sic
     return answer;
+} catch (...) {
+    return kepCaught(KEP_HERE, JValue{true});
 }
 
 JValue kepTVAudio::getSettingsObject(const std::string& category)

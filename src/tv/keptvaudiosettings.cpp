@@ -49,9 +49,9 @@ void kepTVAudio::updateExistingPipelineInfo(JValue pipelineInfo)
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     if (pipelineId.empty())
         return;
-    for (AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
-        if (!hasPipelineId(pipeline, pipelineId))
-            continue;
+    for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
+         i = nextPipeline(pipelineId, i + 1)) {
+        AudioVideoInfo& pipeline = AudioVideoInfoMapVector[i];
         KEP_INFO("INFO_LOG", "PipelineId is matching, so need to update the map pipelineId %s",
                  pipelineId.c_str());
         for (const auto& [key, value] : pipelineInfo.members())
@@ -94,24 +94,24 @@ bool kepTVAudio::setAudioInputInfo(JValue payload)
     return encoder || gain || delay || updated;
 }
 
-AudioVideoInfo* kepTVAudio::findAudioPipeline(const JValue& pipelineInfo,
-                                              const kepLogOrigin& origin)
+std::optional<std::size_t> kepTVAudio::findAudioPipeline(const JValue& pipelineInfo,
+                                                         const kepLogOrigin& origin) const
 {
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     std::string resource;
     if (pipelineId.empty() || !pipelineInfo[key::kResource.name].asString(resource))
-        return nullptr;
-    for (AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
-        if (!hasPipelineId(pipeline, pipelineId))
-            continue;
+        return {};
+    for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
+         i = nextPipeline(pipelineId, i + 1)) {
+        const AudioVideoInfo& pipeline = AudioVideoInfoMapVector[i];
         KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "Resource ID values are %s", resource.c_str());
         const auto stored = pipeline.find("resource");
         if (stored == pipeline.end())
             KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "resourceId not found in map");
         else if (stored->second == resource)
-            return &pipeline;
+            return i;
     }
-    return nullptr;
+    return {};
 }
 
 bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInfo)
@@ -119,25 +119,33 @@ bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInf
     KEP_INFO("INFO_LOG",
              "updateAudioCategoryInfo to update category values %s of existing pipelineInfo %s",
              categoryInfo.stringify().c_str(), pipelineInfo.stringify().c_str());
-    AudioVideoInfo* pipeline = findAudioPipeline(pipelineInfo);
-    if (pipeline == nullptr)
+    const std::optional<std::size_t> position = findAudioPipeline(pipelineInfo);
+    if (!position)
         return false;
     for (const auto& [key, value] : categoryInfo.members())
-        (*pipeline)[key] = value.isString() ? value.asString() : value.stringify();
+        AudioVideoInfoMapVector[*position][key] =
+            value.isString() ? value.asString() : value.stringify();
+    refreshPipelineIdHash(*position); // the category may have renamed it
+    // A copy: the middleware called below may call back and remove the pipeline.
+    const AudioVideoInfo pipeline = AudioVideoInfoMapVector[*position];
 
     const JValue purposes = pipelineInfo[key::kPipelinePurpose.name];
     if (!purposes.isValid()) {
-        useAsCurrentPipeline(*pipeline);
+        useAsCurrentPipeline(pipeline, /*changed=*/true);
     } else if (purposes.isArray()) {
-        for (const JValue& purpose : purposes.elements())
-            applyPurpose(purpose.asString(), *pipeline);
+        bool given[2] = {}; // the map is the same for all purposes: each kind gets it once
+        for (const JValue& element : purposes.elements()) {
+            const std::string purpose = element.asString();
+            bool& already = given[isRecording(purpose) ? 1 : 0];
+            applyPurpose(purpose, pipeline, !std::exchange(already, true));
+        }
     } else if (getActiveState()) {
         KEP_ERROR("INVALID_PARAMETER", "pipelinePurpose is not an Array Element");
-        adoptPipeline(*pipeline);
+        adoptPipeline(pipeline, /*changed=*/true);
     } else {
         KEP_INFO("INFO_LOG", "not update in map because activestate is false");
     }
-    for (const auto& [key, value] : *pipeline)
+    for (const auto& [key, value] : pipeline)
         KEP_INFO("INFO_LOG", "AudioVideoInfoMap Values %s %s", key.c_str(), value.c_str());
     return true;
 }
@@ -670,7 +678,7 @@ bool kepTVAudio::setPictureSettings(JValue payload)
         return true;
     }
     if (before) {
-        mPtrParserInstance->withMap(params, [&](kepTvParser::Map& map) { map[kLevel] = level; });
+        mPtrParserInstance->set(params, kLevel, level);
     } else {
         JValue entry = JValue::object();
         static_cast<void>(entry.put(kLevel, level)); // refused by no object

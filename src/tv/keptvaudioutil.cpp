@@ -138,19 +138,16 @@ bool kepTVAudio::isNewPipelineId(std::string pipelineId) const
         KEP_INFO("INFO_LOG", "Vector of AudioVideoInfo map is empty, so new pipelineId requested");
         return true;
     }
-    for (const AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
-        if (hasPipelineId(pipeline, pipelineId)) {
-            KEP_INFO("INFO_LOG", "PipelineId is matching, so need to update the map pipelineId %s",
-                     pipelineId.c_str());
-            return false;
-        }
-    }
-    return true;
+    if (nextPipeline(pipelineId, 0) == AudioVideoInfoMapVector.size())
+        return true;
+    KEP_INFO("INFO_LOG", "PipelineId is matching, so need to update the map pipelineId %s",
+             pipelineId.c_str());
+    return false;
 }
 
 bool kepTVAudio::isValidPipelineId(std::string pipelineId) const
 {
-    const AudioVideoInfo current = mPtrParserInstance->copyOf(mPtrParserInstance->mAvParamsMap);
+    const AudioVideoInfo& current = mPtrParserInstance->mAvParamsMap;
     if (current.empty()) {
         KEP_DEBUG("First time request is allowed  \n"); // sic
         return true;

@@ -3,17 +3,15 @@
 #pragma once
 
 #include <map>
-#include <mutex>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "jvalue.h"
 
-/// Holds the three parameter maps and flattens JSON objects into them.
-///
-/// The start-up worker hands the maps to the middleware while the caller's thread fills them:
-/// whoever touches one goes through this class's operations, which take its guard. The guard is
-/// never held while the driver is written.
+/// Holds the three parameter maps and flattens JSON objects into them. Only the caller's thread
+/// changes a map, through these operations, and reads one as it is; the start-up worker copies
+/// (threads.h).
 class kepTvParser
 {
 public:
@@ -25,29 +23,25 @@ public:
     /// as its JSON text. False, with nothing changed, when this is no object.
     bool storeParameters(JValue object, Map& target);
 
-    /// What `use` makes of one of the maps, while nobody else touches it.
-    template <typename Use>
-    auto withMap(Map& map, Use use)
-    {
-        return guarded([&] { return use(map); });
-    }
-    /// What `use` gives while nobody else is behind the guard; for what is shared beside the maps.
-    template <typename Use>
-    auto guarded(Use use)
-    {
-        const std::lock_guard lock{mGuard};
-        return use();
-    }
-    Map copyOf(const Map& map);
-    /// The entry of that key; empty when there is none.
-    std::optional<std::string> find(const Map& map, const std::string& key);
-
     Map mQualityParamsMap; // filled by the settings
     Map mAvParamsMap;      // the current pipeline
     Map mAencAvParamsMap;  // the recording pipeline
 
+    // --- The caller's thread
+
+    void set(Map& map, const std::string& key, std::string value);
+    void replace(Map& map, Map content);
+    /// The entry of that key; empty when there is none.
+    static std::optional<std::string> find(const Map& map, const std::string& key);
+
+    // --- Any thread
+
+    /// The same as `find`, while nobody changes the map.
+    std::optional<std::string> findShared(const Map& map, const std::string& key) const;
+    /// The map as a middleware call takes it: the live one on the caller's thread; on the start-up
+    /// worker a snapshot, which `kept` holds until the next one.
+    std::shared_ptr<Map> forCall(Map& map, std::shared_ptr<Map>& kept) const;
+
 private:
     kepTvParser() = default;
-
-    std::mutex mGuard;
 };

@@ -3,23 +3,64 @@
 // shared part is never destroyed.
 #include "startupworker.h"
 
+#include <atomic>
+#include <cerrno>
+#include <ctime>
 #include <thread>
+#include <utility>
 
+#include <semaphore.h>
 #include <unistd.h>
+
+#include "kepcaught.h"
+#include "threads.h"
 
 namespace
 {
 
+using std::chrono::milliseconds;
+
+constexpr milliseconds kPatience{2000}; // of the end of the process
+
 // Whether this thread is one of the workers: the process may be ended by the work itself.
 thread_local bool tIsWorker = false;
+std::atomic<bool> gAbandoned{false};
+
+timespec afterNow(milliseconds duration)
+{
+    timespec moment = {};
+    clock_gettime(CLOCK_MONOTONIC, &moment);
+    const long nanoseconds =
+        moment.tv_nsec + static_cast<long>(duration.count() % 1000) * 1'000'000;
+    moment.tv_sec += duration.count() / 1000 + nanoseconds / 1'000'000'000;
+    moment.tv_nsec = nanoseconds % 1'000'000'000;
+    return moment;
+}
+
+/// Takes one post of the semaphore; false when none comes before the moment.
+bool awaitPost(sem_t& semaphore, const timespec& moment)
+{
+    int result = 0;
+    do {
+        result = sem_clockwait(&semaphore, CLOCK_MONOTONIC, &moment);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
 
 } // namespace
 
 struct StartupWorker::Shared {
-    std::mutex guard;
-    std::condition_variable changed;
-    bool stopping = false;
-    int running = 0;
+    Shared()
+    {
+        sem_init(&ending, 0, 0);
+        sem_init(&workEnded, 0, 0);
+    }
+
+    std::atomic<bool> stopping{false};
+    std::atomic<int> running{0};
+    std::atomic<const char*> step{"sleep"};
+    sem_t ending; // posted, and posted again by whom it wakes, once the process ends
+    sem_t workEnded;
 };
 
 StartupWorker& StartupWorker::instance()
@@ -33,29 +74,39 @@ StartupWorker::StartupWorker() : mShared(*new Shared), mProcess(getpid()) {}
 StartupWorker::~StartupWorker()
 {
     if (getpid() != mProcess)
-        return; // a forked child has none of the threads, and perhaps a guard that nobody will give
-                // back
-    std::unique_lock lock{mShared.guard};
+        return; // a forked child has none of the threads
     mShared.stopping = true;
-    mShared.changed.notify_all();
+    sem_post(&mShared.ending);
     const int self = tIsWorker ? 1 : 0; // cannot wait for itself
-    mShared.changed.wait(lock, [this, self] { return mShared.running == self; });
+    const timespec deadline = afterNow(kPatience);
+    while (mShared.running > self) {
+        if (!awaitPost(mShared.workEnded, deadline)) {
+            gAbandoned = true;
+            KEP_LOG_AS((kepLogOrigin{"keptvaudio", "startXmlParsing", __LINE__}), kLogError,
+                       "ERROR_LOG", "Step %s has not ended within %d ms, leaving without it",
+                       mShared.step.load(), static_cast<int>(kPatience.count()));
+            return;
+        }
+    }
 }
 
 void StartupWorker::launch(std::function<void()> work)
 {
-    {
-        const std::lock_guard lock{mShared.guard};
-        ++mShared.running;
-    }
+    threads::surviveForks();
+    ++mShared.running;
     try {
         std::thread([this, work = std::move(work)] {
             tIsWorker = true;
+            struct Finish {
+                StartupWorker& worker;
+                ~Finish() { worker.finished(); }
+            };
+            const Finish atTheEnd{*this}; // also of a thread that the work ends
             try {
                 work();
-            } catch (...) { // out of memory at worst: the rest of the work is lost, not the process
+            } catch (...) { // the rest of the work is lost, not the process
+                kepLogCaught({"keptvaudio", "startXmlParsing", __LINE__}, "startXmlParsing");
             }
-            finished();
         }).detach();
     } catch (...) { // no thread, or no memory for one
         finished();
@@ -63,21 +114,39 @@ void StartupWorker::launch(std::function<void()> work)
     }
 }
 
+bool StartupWorker::isCurrentThread() noexcept
+{
+    return tIsWorker;
+}
+
+bool StartupWorker::isAbandoned() noexcept
+{
+    return gAbandoned;
+}
+
 bool StartupWorker::stopping()
 {
-    const std::lock_guard lock{mShared.guard};
     return mShared.stopping;
 }
 
-bool StartupWorker::sleep(std::chrono::milliseconds duration)
+bool StartupWorker::sleep(milliseconds duration)
 {
-    std::unique_lock lock{mShared.guard};
-    return !mShared.changed.wait_for(lock, duration, [this] { return mShared.stopping; });
+    const timespec moment = afterNow(duration);
+    while (!mShared.stopping) {
+        if (!awaitPost(mShared.ending, moment))
+            return !mShared.stopping;
+        sem_post(&mShared.ending); // for the next one who sleeps
+    }
+    return false;
+}
+
+void StartupWorker::begin(const char* step)
+{
+    mShared.step = step;
 }
 
 void StartupWorker::finished()
 {
-    const std::lock_guard lock{mShared.guard};
     --mShared.running;
-    mShared.changed.notify_all();
+    sem_post(&mShared.workEnded);
 }

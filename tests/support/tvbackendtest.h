@@ -84,6 +84,7 @@ public:
     using kepTVAudio::mOttEnabled;
     using kepTVAudio::mOutputMuteStatus;
     using kepTVAudio::mOutputVolume;
+    using kepTVAudio::mPipelineIdHashes;
     using kepTVAudio::mPopNoiseSoundOutput;
     using kepTVAudio::mPowerStateHeadphoneMute;
     using kepTVAudio::mPtrParserInstance;

@@ -191,6 +191,7 @@ TEST_F(CategoryTest, IdAndResourceTogetherChooseThePipeline)
     for (const MatchRow& row : rows) {
         restart();
         mBackend->AudioVideoInfoMapVector = row.pipelines;
+        mBackend->mPipelineIdHashes.clear(); // they are found anew
         EXPECT_EQ(update(row.report, R"({"a":"b"})"), row.matched >= 0) << row.what;
         Lines lines = all({{audioUpdate(R"({"a":"b"})", row.report)}, row.lines});
         std::vector<AudioVideoInfo> expected = row.pipelines;

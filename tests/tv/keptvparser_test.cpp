@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -14,6 +15,7 @@
 #include "journal.h"
 #include "keptvamplifier.h"
 #include "keptvgain.h"
+#include "onworker.h"
 
 namespace
 {
@@ -222,26 +224,40 @@ TEST_F(KepTvParser, BelowDebugNothingIsLogged)
     }
 }
 
-TEST_F(KepTvParser, WithMapAnswersWhatItsUseMakesOfTheMap)
+TEST_F(KepTvParser, AnEntryIsSetOverAnOlderOne)
 {
     store().mAvParamsMap = {{"a", "x"}};
-    EXPECT_EQ(store().withMap(store().mAvParamsMap,
-                              [](Map& given) {
-                                  given["b"] = "y";
-                                  return given.size();
-                              }),
-              2U);
-    EXPECT_THAT(store().mAvParamsMap, ElementsAre(Pair("a", "x"), Pair("b", "y")));
+    store().set(store().mAvParamsMap, "a", "y");
+    store().set(store().mAvParamsMap, "b", "z");
+    EXPECT_THAT(store().mAvParamsMap, ElementsAre(Pair("a", "y"), Pair("b", "z")));
 }
 
-TEST_F(KepTvParser, ACopyIsOfItsOwn)
+TEST_F(KepTvParser, AMapIsReplacedWhole)
 {
     store().mAencAvParamsMap = {{"a", "x"}};
-    Map copy = store().copyOf(store().mAencAvParamsMap);
-    copy["a"] = "y";
-    EXPECT_THAT(store().mAencAvParamsMap, ElementsAre(Pair("a", "x")));
-    store().mAencAvParamsMap.clear();
-    EXPECT_THAT(copy, ElementsAre(Pair("a", "y")));
+    store().replace(store().mAencAvParamsMap, {{"b", "y"}});
+    EXPECT_THAT(store().mAencAvParamsMap, ElementsAre(Pair("b", "y")));
+}
+
+TEST_F(KepTvParser, TheCallersThreadHandsTheLiveMapOver)
+{
+    std::shared_ptr<Map> kept;
+    EXPECT_EQ(store().forCall(store().mAvParamsMap, kept).get(), &store().mAvParamsMap);
+    EXPECT_EQ(kept, nullptr);
+}
+
+TEST_F(KepTvParser, TheWorkerHandsASnapshotOverThatOutlivesIt)
+{
+    store().mAvParamsMap = {{"a", "x"}};
+    std::shared_ptr<Map> kept;
+    std::weak_ptr<Map> first;
+    onWorker([&] { first = store().forCall(store().mAvParamsMap, kept); });
+    store().mAvParamsMap.clear();
+    ASSERT_NE(first.lock(), nullptr);
+    EXPECT_THAT(*first.lock(), ElementsAre(Pair("a", "x")));
+    onWorker([&] { static_cast<void>(store().forCall(store().mAvParamsMap, kept)); });
+    EXPECT_EQ(first.lock(), nullptr); // the next one has replaced it
+    EXPECT_THAT(*kept, IsEmpty());
 }
 
 TEST_F(KepTvParser, AnEntryIsFoundUnderExactlyItsKey)
@@ -262,14 +278,14 @@ TEST_F(KepTvParser, ParametersMayBeStoredWhileAWorkerRegistersThem)
     constexpr int kRounds = 200;
     admit(kLogError);
     kepTVGain::getInstance()->initGain();
-    std::jthread worker{[] {
+    std::future<void> worked = launched([] {
         for (int i = 0; i < kRounds; ++i)
             kepTVGain::getInstance()->parseGainXML();
-    }};
+    });
     for (int i = 0; i < kRounds; ++i)
         EXPECT_TRUE(store().storeParameters(json(member("key" + std::to_string(i), "true")),
                                             store().mQualityParamsMap));
-    worker.join();
+    worked.get();
     kepTVGain::getInstance()->parseGainXML();
 
     std::vector<std::size_t> sizes; // of the maps that the middleware was given
@@ -288,17 +304,17 @@ TEST_F(KepTvParser, AChipTypeMayArriveWhileAWorkerRegistersParameters)
     virtualtv::listen([](const JValue&) {}); // the calls still read the maps
     kepTVAmplifier& amplifier = *kepTVAmplifier::getInstance();
     amplifier.initAmplifier();
-    std::jthread worker{[&amplifier] {
+    std::future<void> worked = launched([&amplifier] {
         for (int i = 0; i < kRounds; ++i) {
             amplifier.parseAmplifierXML();
             amplifier.resetAmplifierAttributes();
         }
-    }};
+    });
     for (int i = 0; i < kRounds; ++i) {
         amplifier.mIsBootup = true;
-        store().withMap(store().mQualityParamsMap, [](Map& given) { given.clear(); });
+        store().replace(store().mQualityParamsMap, {});
         amplifier.updateAmplifierType(json(R"({"tv.model.ampChipType": "chip"})"));
     }
-    worker.join();
+    worked.get();
     EXPECT_THAT(store().mQualityParamsMap, ElementsAre(Pair("tv.model.ampChipType", "chip")));
 }

@@ -113,7 +113,12 @@ class PipelineTest : public TvBackendTest
 protected:
     using TvBackendTest::store;
 
-    [[nodiscard]] Maps& maps() { return mBackend.AudioVideoInfoMapVector; }
+    /// The pipelines, to be looked at or replaced.
+    [[nodiscard]] Maps& maps()
+    {
+        mBackend.mPipelineIdHashes.clear(); // they are found anew
+        return mBackend.AudioVideoInfoMapVector;
+    }
     static kepTvParser::Map& current() { return store().mAvParamsMap; }
     static kepTvParser::Map& recording() { return store().mAencAvParamsMap; }
 
