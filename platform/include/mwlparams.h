@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
-/// Parameters as the middleware takes them. A library reads the map during the call that it is
-/// passed to, and neither changes nor keeps it.
+/// Parameters as the middleware takes them. A library takes what it needs during the call, and does
+/// not change the map: the next call may bring another one. A library that calls back into kep
+/// during the call may find the map changed afterwards.
 using MwlParams = std::map<std::string, std::string>;

@@ -7,6 +7,7 @@
 
 #include "badline.h"
 #include "closest.h"
+#include "jdomparser.h"
 #include "kepctltest.h"
 #include "scriptline.h"
 
@@ -180,8 +181,8 @@ TEST_F(Kepctl, ObjectsMayBeAsDeepAsTheLibraryTakesThem)
         return R"({"call": "setSettings", "args": ["x", )" + std::string(depth, '[') +
                std::string(depth, ']') + "]}";
     };
-    EXPECT_NO_THROW(parseScriptLine(nested(JValue::kMaxDepth - 2)));
-    EXPECT_THROW(parseScriptLine(nested(JValue::kMaxDepth - 1)), BadLine);
+    EXPECT_NO_THROW(parseScriptLine(nested(JDomParser::kMaxDepth - 2)));
+    EXPECT_THROW(parseScriptLine(nested(JDomParser::kMaxDepth - 1)), BadLine);
     EXPECT_THROW(parseScriptLine(std::string(100000, '[')), BadLine);
 }
 
