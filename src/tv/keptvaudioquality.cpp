@@ -3,6 +3,7 @@
 // plays now, which the middleware is given.
 #include <algorithm>
 #include <functional>
+#include <string_view>
 #include <utility>
 
 #include "kepcaught.h"
@@ -25,9 +26,10 @@ constexpr Field kFields[] = {
     {key::kPipelineType.name, false},
 };
 
-std::size_t hashOf(const std::string& text)
+/// Needs no memory, so that all of the hashes are there once there is room for them.
+std::size_t hashOf(std::string_view text) noexcept
 {
-    return std::hash<std::string>{}(text);
+    return std::hash<std::string_view>{}(text);
 }
 
 AudioVideoInfo fieldsOf(const JValue& report)
@@ -50,7 +52,7 @@ void kepTVAudio::refreshPipelineIdHash(std::size_t position) const
 {
     const AudioVideoInfo& pipeline = AudioVideoInfoMapVector[position];
     const auto id = pipeline.find("pipelineId");
-    mPipelineIdHashes[position] = hashOf(id != pipeline.end() ? id->second : "");
+    mPipelineIdHashes[position] = hashOf(id != pipeline.end() ? std::string_view{id->second} : "");
 }
 
 std::size_t kepTVAudio::nextPipeline(const std::string& pipelineId, std::size_t from) const

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -94,6 +95,16 @@ bool prepare(int descriptor, off_t size)
     return ready;
 }
 
+/// Closed on every way out, so the lock of `prepare` goes with it; memory may run out below that.
+struct Descriptor {
+    int number;
+    ~Descriptor()
+    {
+        if (number >= 0)
+            close(number);
+    }
+};
+
 /// 0 when all bytes were moved, else the reason.
 int outcome(ssize_t moved, std::size_t wanted)
 {
@@ -123,16 +134,11 @@ int CardState::open()
         mOffsets.push_back(mOffsets.back() +
                            (1 + element.count) * static_cast<off_t>(sizeof(std::int64_t)));
     });
-    const int descriptor =
-        ::open(fileName().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
-    if (descriptor < 0)
+    Descriptor file{
+        ::open(fileName().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600)};
+    if (file.number < 0 || !prepare(file.number, mOffsets.back()))
         return -errno;
-    if (!prepare(descriptor, mOffsets.back())) {
-        const int error = errno;
-        close(descriptor);
-        return -error;
-    }
-    mDescriptor = descriptor;
+    mDescriptor = std::exchange(file.number, -1);
     return 0;
 }
 
