@@ -11,7 +11,28 @@
 namespace
 {
 
-/// What libasound's element value has room for; a larger index is an assertion there.
+// libasound checks what it is given by assertions, which end the process. Its calls here, what each
+// of them asserts, and what keeps a name, a count or a card from it. None asserts a value: the
+// driver judges those.
+// clang-format off
+//
+//   call                           asserts                                kept by
+//   snd_hctl_open                  handle and name not null               both are ours; the name is a constant
+//   snd_hctl_load                  handle not null, nothing loaded yet    opened just before, loaded once
+//   snd_ctl_elem_id_set_interface  pointer not null                       on the stack
+//   snd_ctl_elem_id_set_name       pointer not null                       on the stack; a long name is cut, not found
+//   snd_hctl_find_elem             handle and identifier not null         both are ours
+//   snd_hctl_elem_info             element and info not null; a name      found before, on the stack; the card has
+//                                  or a number                            numbered it
+//   snd_ctl_elem_info_get_id       pointers not null                      on the stack
+//   snd_ctl_elem_value_set_id      pointers not null                      on the stack
+//   snd_ctl_elem_value_set_integer an index below 128                     kMaxIntegers
+//   snd_hctl_elem_write            as snd_hctl_elem_info                  the same
+//   snd_hctl_close                 handle not null                        closeControlHandle
+//   snd_strerror                   nothing                                -
+// clang-format on
+
+/// What libasound's element value has room for.
 constexpr int kMaxIntegers = 128;
 
 struct HandleCloser {
