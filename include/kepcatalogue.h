@@ -29,23 +29,23 @@ using kepNames = kepList<const char*>;
 /// A sound output. Its volume and its mute are what setOutputVolume and setOutputMute work on;
 /// where it has none of its own, they do nothing and succeed (a mute is remembered all the same).
 struct kepSoundOutput {
-    KEP_AUDIO_SNDOUT_T output;
-    kepNames names;          // all that are accepted; none: it is a member of others only
-    const char* description; // a few words
-    bool selectable;         // by setSoundOutput
-    bool hasVolume;
-    bool hasMute;
-    std::uint32_t driverType;            // its number in driver writes; 0: it has none of its own
+    KEP_AUDIO_SNDOUT_T output = KEP_AUDIO_NO_OUTPUT;
+    kepNames names;                    // all that are accepted; none: it is a member of others only
+    const char* description = nullptr; // a few words
+    bool selectable = false;           // by setSoundOutput
+    bool hasVolume = false;
+    bool hasMute = false;
+    std::uint32_t driverType = 0;        // its number in driver writes; 0: it has none of its own
     kepList<KEP_AUDIO_SNDOUT_T> members; // in the order in which they open; a single one: itself
 };
 
 /// A source and the sinks behind which it is reached; other pairs are invalid.
 struct kepInputSource {
-    const char* source;
+    const char* source = nullptr;
     kepNames sinks;
-    KEP_AUDIO_RESOURCE_T resource;
-    std::uint32_t driverIndex; // the driver's number of its block,
-    std::int32_t driverPort;   // and of its port there
+    KEP_AUDIO_RESOURCE_T resource = KEP_AUDIO_RESOURCE_INVALID;
+    std::uint32_t driverIndex = 0; // the driver's number of its block,
+    std::int32_t driverPort = 0;   // and of its port there
 };
 
 // --- Payloads
@@ -62,61 +62,63 @@ enum KEP_VALUE_T : std::uint32_t {
 
 /// A key that is read from a payload.
 struct kepKey {
-    const char* name;
-    KEP_VALUE_T type;
-    bool needed;         // without it the request fails, or does nothing
-    kepNames values;     // the texts that are told apart; in an array those of its elements
-    bool onlyThose;      // any other text makes the request fail
-    const char* meaning; // one line, with unit and range where it has them
+    const char* name = nullptr;
+    KEP_VALUE_T type = KEP_VALUE_ANY;
+    bool needed = false;    // without it the request fails, or does nothing
+    kepNames values;        // the texts that are told apart; in an array those of its elements
+    bool onlyThose = false; // any other text makes the request fail
+    const char* meaning = nullptr; // one line, with unit and range where it has them
 };
 
 /// A category of setSettings.
 struct kepSettingsCategory {
-    const char* name;
+    const char* name = nullptr;
     kepList<kepKey> keys;
-    bool takesQualityKeys; // any key is kept as a parameter; those of soundQualityKeys act at once
-    bool stored;           // a payload that was applied is listed by getSettings
-    bool supported;        // false: the name is known, and always refused
-    const char* meaning;
+    bool takesQualityKeys =
+        false;              // any key is kept as a parameter; those of soundQualityKeys act at once
+    bool stored = false;    // a payload that was applied is listed by getSettings
+    bool supported = false; // false: the name is known, and always refused
+    const char* meaning = nullptr;
 };
 
 /// Keys of categories with `takesQualityKeys`, and who acts on them: "television" is the backend
 /// itself, the others are its middleware. A key that several act on stands with each of them.
 struct kepQualityKeys {
-    const char* reader;
+    const char* reader = nullptr;
     kepList<kepKey> keys;
 };
 
 /// A category of getSettings that is no stored one.
 struct kepQuery {
-    const char* name;
+    const char* name = nullptr;
     kepList<kepKey> keys; // of the request
-    const char* answer;   // its form; on failure, or when nothing was asked, see getSettings
+    const char* answer =
+        nullptr; // its form; on failure, or when nothing was asked, see getSettings
 };
 
 /// A value of "requestType" in setQualityAttribute.
 struct kepRequestType {
-    const char* name; // may be empty
-    const char* meaning;
+    const char* name = nullptr; // may be empty
+    const char* meaning = nullptr;
 };
 
 // --- Driver
 
 /// A number and what it stands for.
 struct kepNamedNumber {
-    std::int32_t number;
-    const char* name;
+    std::int32_t number = 0;
+    const char* name = nullptr;
 };
 
 /// One of the integers that a control element takes.
 struct kepControlInteger {
-    const char* name;
+    const char* name = nullptr;
     const kepList<kepNamedNumber>* numbers = nullptr; // null: the number speaks for itself
 };
 
 /// A control element of the television's audio driver (card "hw:0", interface mixer).
 struct kepControlElement {
-    const char* name;
+    const char* name = nullptr;
     kepList<kepControlInteger> integers;
 };
 

@@ -12,7 +12,8 @@
 /// The audio of the television: starts the configured backend and forwards every request to it.
 ///
 /// What requests may carry (sound outputs, sources with their sinks, settings categories with their
-/// payloads) and what they answer is listed in docs/reference.md; kepCatalogue tells it at run time.
+/// payloads) and what they answer is listed in docs/reference.md; kepCatalogue tells it at run
+/// time.
 ///
 /// Calls are made one at a time, `initialize` before all others; timers of the television backend
 /// run on the default GLib main context of the caller. Nothing thrown inside leaves the library: it

@@ -81,13 +81,14 @@ struct Freeing {
 class Text
 {
 public:
+    // NOLINTNEXTLINE(*-member-init): filling the buffer first would cost more than formatting
     [[gnu::format(printf, 3, 0)]] Text(const char* prefix, const char* format, va_list arguments)
     {
         const std::size_t start = std::min(std::strlen(prefix), mBuffer.size() - sizeof kCut);
         std::memcpy(mBuffer.data(), prefix, start);
         va_list again;
         va_copy(again, arguments);
-        const int length =
+        const int length = // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller's
             vsnprintf(mBuffer.data() + start, mBuffer.size() - start, format, arguments);
         if (length < 0)
             std::memcpy(mBuffer.data() + start, kCut, sizeof kCut);

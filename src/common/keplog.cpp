@@ -12,7 +12,7 @@ void kepLogEmit(const kepLogOrigin& origin, int level, const char* id, const cha
                 ...) noexcept
 {
     const std::string_view stem = kepLogStem(origin.file);
-    std::array<char, 256> prefix;
+    std::array<char, 256> prefix; // NOLINT(*-member-init): written at once
     snprintf(prefix.data(), prefix.size(), "%.*s:%s(%d) ", static_cast<int>(stem.size()),
              stem.data(), origin.function, origin.line);
     va_list arguments;

@@ -168,7 +168,8 @@ void kepTVGain::setGainSettings(JValue settings)
     if (settings[key::kAudioDescription.name].asString() == "on") {
         kepTvParser* parser = kepTvParser::getInstance();
         const std::string stored =
-            kepTvParser::find(parser->mQualityParamsMap, key::kAudioDescriptionVolume.name).value_or("");
+            kepTvParser::find(parser->mQualityParamsMap, key::kAudioDescriptionVolume.name)
+                .value_or("");
         if (stored.empty()) {
             KEP_ERROR(kErrorId, "audio description volume key not present in map");
         } else {

@@ -11,8 +11,8 @@
 /// An element with the number of its integers; writing it with another number does not compile.
 template <std::size_t Count>
 struct ControlElement {
-    const char* name;
-    kepControlInteger integers[Count];
+    const char* name = nullptr;
+    kepControlInteger integers[Count] = {};
 };
 
 template <std::size_t Count>

@@ -116,8 +116,8 @@ TEST_F(PowerStateMute, OfTheSpeakerIsAlsoAnOperationOfItsOwn)
 
 TEST_F(PowerStateMute, OfTheSpeakerWritesTheSpeakerWhateverItIsGiven)
 {
-    for (const KEP_AUDIO_SNDOUT_T output :
-         {KEP_AUDIO_NO_OUTPUT, KEP_AUDIO_HP, KEP_AUDIO_SPK_HP, KEP_AUDIO_ARC, KEP_AUDIO_BLUETOOTH}) {
+    for (const KEP_AUDIO_SNDOUT_T output : {KEP_AUDIO_NO_OUTPUT, KEP_AUDIO_HP, KEP_AUDIO_SPK_HP,
+                                            KEP_AUDIO_ARC, KEP_AUDIO_BLUETOOTH}) {
         enter({.volume = 25});
         EXPECT_TRUE(mBackend.setPowerStateTvSpeakerMute(output, true));
         EXPECT_THAT(told(), ElementsAre("Mute Output 1 1", "amplifier.setAmpMute true")) << output;
