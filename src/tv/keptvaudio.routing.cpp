@@ -137,6 +137,7 @@ bool kepTVAudio::connectDisconnectResources(int outputType, bool connect)
     KEP_INFO("INFO_LOG", "Connect or disconnect status %d speakerType %d", connect, outputType);
     const ControlElement<3>& element = connect ? kSndoutConnect : kSndoutDisconnect;
     // By position: whoever is called by a write may connect or disconnect something.
+    // NOLINTNEXTLINE(modernize-loop-convert): see above
     for (std::size_t i = 0; i < mConnectedResources.size(); ++i)
         if (!writeOrLog(element, {outputType, indexOf(mConnectedResources[i]),
                                   portOf(mConnectedResources[i])}))

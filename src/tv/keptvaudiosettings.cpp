@@ -191,13 +191,13 @@ bool kepTVAudio::storeSettings(const std::string& category, JValue payload)
 // --- Dispatch
 
 struct kepTVAudio::SettingsRow {
-    const char* category;
-    SettingsGroup group;     // logs for its categories; null: the category stands alone
-    SettingsHandler handler; // null: refused
-    bool stored;             // a payload that was applied is remembered
-    bool takesQualityKeys;   // the payload goes to all adapters
-    kepList<kepKey> keys;    // what the handler reads
-    const char* meaning;
+    const char* category = nullptr;
+    SettingsGroup group = nullptr;     // logs for its categories; null: the category stands alone
+    SettingsHandler handler = nullptr; // null: refused
+    bool stored = false;               // a payload that was applied is remembered
+    bool takesQualityKeys = false;     // the payload goes to all adapters
+    kepList<kepKey> keys;              // what the handler reads
+    const char* meaning = nullptr;
 
     static const SettingsRow kAll[];
 };

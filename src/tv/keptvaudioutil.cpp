@@ -14,11 +14,11 @@ namespace
 {
 
 struct ResourceRow {
-    KEP_AUDIO_RESOURCE_T resource;
-    const char* source;
-    kepNames sinks;     // any of them
-    unsigned int index; // block of the driver
-    int port;           // within the block
+    KEP_AUDIO_RESOURCE_T resource = KEP_AUDIO_RESOURCE_INVALID;
+    const char* source = nullptr;
+    kepNames sinks;         // any of them
+    unsigned int index = 0; // block of the driver
+    int port = 0;           // within the block
 };
 
 // The driver's blocks.

@@ -50,7 +50,7 @@ bool awaitPost(sem_t& semaphore, const timespec& moment)
 } // namespace
 
 struct StartupWorker::Shared {
-    Shared()
+    Shared() // NOLINT(*-member-init): sem_init does it
     {
         sem_init(&ending, 0, 0);
         sem_init(&workEnded, 0, 0);

@@ -116,9 +116,9 @@ void beforeFork()
 
 void afterFork()
 {
-    for (auto row = gForkRows.rbegin(); row != gForkRows.rend(); ++row)
-        if (row->guard.isHeldHere() && std::exchange(row->taken, false))
-            row->guard.unlock();
+    for (ForkRow& row : gForkRows)
+        if (row.guard.isHeldHere() && std::exchange(row.taken, false))
+            row.guard.unlock();
     --gWaitingForks;
 }
 
