@@ -65,11 +65,14 @@ std::size_t kepTVAudio::nextPipeline(const std::string& pipelineId, std::size_t 
             refreshPipelineIdHash(i);
     }
     const std::size_t hash = hashOf(pipelineId);
-    while (from < mPipelineIdHashes.size() &&
-           (mPipelineIdHashes[from] != hash ||
-            !hasPipelineId(AudioVideoInfoMapVector[from], pipelineId)))
-        ++from;
-    return from;
+    const auto begin = mPipelineIdHashes.begin();
+    for (auto candidate = begin + static_cast<std::ptrdiff_t>(from);; ++candidate) {
+        candidate = std::find(candidate, mPipelineIdHashes.end(), hash);
+        const auto position = static_cast<std::size_t>(candidate - begin);
+        if (candidate == mPipelineIdHashes.end() ||
+            hasPipelineId(AudioVideoInfoMapVector[position], pipelineId))
+            return position;
+    }
 }
 
 // --- What the middleware is given
