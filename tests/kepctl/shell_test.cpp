@@ -233,6 +233,15 @@ public:
         : Terminal({kProgram, "shell", "--only", only, "--color", "never"}, "kepctl> ")
     {
     }
+
+    /// Types a line and waits for what it gives, and for the next prompt: before it, the terminal
+    /// itself would show what is typed.
+    std::string request(const std::string& line, const std::string& wanted)
+    {
+        const std::string shown = type(line + "\r", wanted);
+        const bool prompted = shown.find("kepctl> ", shown.rfind(wanted)) != std::string::npos;
+        return prompted ? shown : shown + awaitText("kepctl> ");
+    }
 };
 
 } // namespace
@@ -240,16 +249,14 @@ public:
 TEST_F(Shell, WhatIsTypedIsDone)
 {
     TypedShell shell;
-    shell.type("setSoundOutput tv_speaker\r", "  = 2 failed");
-    shell.type("initialize\r", "  = 1 started");
-    shell.type("setSoundOutput tv_speaker\r", "  = 0 done");
-    shell.type(R"({"call": "getDefaultVolume"})"
-               "\r",
-               "  = 15");
-    shell.type("setSoundOutput tv_speeker\x7f\x7f\x7f\x7f"
-               "aker\r",
-               "  = 0 done");
-    shell.type("setoundOutput tv_speaker\r", "did you mean \"setSoundOutput\"?");
+    shell.request("setSoundOutput tv_speaker", "  = 2 failed");
+    shell.request("initialize", "  = 1 started");
+    shell.request("setSoundOutput tv_speaker", "  = 0 done");
+    shell.request(R"({"call": "getDefaultVolume"})", "  = 15");
+    shell.request("setSoundOutput tv_speeker\x7f\x7f\x7f\x7f"
+                  "aker",
+                  "  = 0 done");
+    shell.request("setoundOutput tv_speaker", "did you mean \"setSoundOutput\"?");
     shell.type(":quit\r", "");
     EXPECT_EQ(shell.end(), kPlayed);
 }
@@ -266,7 +273,7 @@ TEST_F(Shell, CtrlCClearsTheLine)
     TypedShell shell;
     shell.type("setSoundOutput ", "setSoundOutput ");
     shell.type(kCtrlC, "kepctl> ");
-    const std::string shown = shell.type("getHeadphoneStatus\r", "  = 2 failed");
+    const std::string shown = shell.request("getHeadphoneStatus", "  = 2 failed");
     EXPECT_THAT(shown, AllOf(HasSubstr("getHeadphoneStatus()"), Not(HasSubstr("setSoundOutput"))));
 }
 
@@ -275,15 +282,15 @@ TEST_F(Shell, CtrlCEndsAWait)
     TypedShell shell;
     shell.type("wait 600000\r", "\nwait 600000");
     shell.type(kCtrlC, "kepctl> ");
-    shell.type("getHeadphoneStatus\r", "  = 2 failed");
+    shell.request("getHeadphoneStatus", "  = 2 failed");
 }
 
 TEST_F(Shell, TabCompletes)
 {
     TypedShell shell;
-    shell.type("ini\t\r", "  = 1 started");
-    shell.type("setSoundO\ttv_speaker_o\t\r",
-               "setSoundOutput(\"tv_speaker_optical_arc\")\r\n  = 0 done");
+    shell.request("ini\t", "  = 1 started");
+    shell.request("setSoundO\ttv_speaker_o\t",
+                  "setSoundOutput(\"tv_speaker_optical_arc\")\r\n  = 0 done");
     const std::string listed = shell.type("connectInput ADEC0 \t", "SUB");
     EXPECT_THAT(listed, HasSubstr("MAIN  SUB"));
     shell.type("S\t{\"st\t", "\"st");
@@ -293,9 +300,9 @@ TEST_F(Shell, TheHistoryIsKeptForTheNextTime)
 {
     {
         TypedShell shell;
-        shell.type("initialize\r", "  = 1 started");
-        shell.type("getDefaultVolume\r", "  = 15");
-        shell.type(kUp + kUp + "\r", "  = 1 started");
+        shell.request("initialize", "  = 1 started");
+        shell.request("getDefaultVolume", "  = 15");
+        shell.request(kUp + kUp, "  = 1 started");
         shell.type(kCtrlD, "\n");
         EXPECT_EQ(shell.end(), kPlayed);
     }
@@ -303,15 +310,15 @@ TEST_F(Shell, TheHistoryIsKeptForTheNextTime)
     EXPECT_EQ(std::filesystem::status(history()).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
     TypedShell shell;
-    shell.type(kUp + kUp + "\r", "getDefaultVolume()");
+    shell.request(kUp + kUp, "getDefaultVolume()");
 }
 
 TEST_F(Shell, WithoutAPlaceForTheHistoryItSaysSoOnceAndGoesOn)
 {
     setenv("XDG_STATE_HOME", file("state", "no folder").c_str(), 1);
     TypedShell shell;
-    EXPECT_THAT(shell.type("initialize\r", "  = 1 started"), HasSubstr("the history is not kept"));
-    EXPECT_THAT(shell.type("getDefaultVolume\r", "  = 15"),
+    EXPECT_THAT(shell.request("initialize", "  = 1 started"), HasSubstr("the history is not kept"));
+    EXPECT_THAT(shell.request("getDefaultVolume", "  = 15"),
                 Not(HasSubstr("the history is not kept")));
 }
 
@@ -319,14 +326,13 @@ TEST_F(Shell, TimersRunWhileOneTypes)
 {
     // After a resume the headphone is unmuted by a timer of five seconds.
     TypedShell shell{"result,subcpu"};
-    shell.type("initialize\r", "  = 1 started");
-    shell.type("setSoundOutput headphone\r", "  = 0 done");
-    shell.type("setSettings prepareResume {}\r", "  = 0 done");
-    shell.type(R"(setSettings powerStateMute {"soundOutput": "headphone", "mute": false})"
-               "\r",
-               "  = 0 done");
+    shell.request("initialize", "  = 1 started");
+    shell.request("setSoundOutput headphone", "  = 0 done");
+    shell.request("setSettings prepareResume {}", "  = 0 done");
+    shell.request(R"(setSettings powerStateMute {"soundOutput": "headphone", "mute": false})",
+                  "  = 0 done");
     shell.type("getDefault", "getDefault");
     EXPECT_THAT(shell.awaitText("kepctl> getDefault"),
                 HasSubstr("\r\033[K    subcpu      subcpu_misc_Set_HPMuteOnOff(false)"));
-    shell.type("Volume\r", "  = 15");
+    shell.request("Volume", "  = 15");
 }

@@ -73,6 +73,9 @@ std::optional<std::string> LineEditor::next()
         mAbandoned = false;
         mTyping = true;
         int count = 0;
+        // Before the prompt is seen: whoever answers it at once is not to meet the terminal as it
+        // is between the lines.
+        el_set(mEditor.get(), EL_PREP_TERM, 1);
         const char* typed = el_gets(mEditor.get(), &count);
         mTyping = false;
         if (typed == nullptr || count <= 0) {
