@@ -14,7 +14,7 @@ void kepPassOnThreadEnd()
 
 // What ends a thread comes without an object: the undefined-behaviour sanitizer takes the reference
 // to it, which nobody reads, for a mistake.
-[[gnu::no_sanitize_undefined]] const char* kepCaughtText()
+__attribute__((no_sanitize("undefined"))) const char* kepCaughtText()
 {
     try {
         throw;
