@@ -113,13 +113,24 @@ struct kepNamedNumber {
 /// One of the integers that a control element takes.
 struct kepControlInteger {
     const char* name = nullptr;
-    const kepList<kepNamedNumber>* numbers = nullptr; // null: the number speaks for itself
+    const kepList<kepNamedNumber>* numbers = nullptr; // null: the number speaks for itself,
+    std::int32_t minimum = 0;                         // and is from this
+    std::int32_t maximum = 0;                         // to that
 };
 
-/// A control element of the television's audio driver (card "hw:0", interface mixer).
+/// A control element of the television's audio driver (interface mixer).
 struct kepControlElement {
     const char* name = nullptr;
     kepList<kepControlInteger> integers;
+};
+
+// --- Build
+
+/// What a build of the library has settled for its television.
+struct kepBuild {
+    const char* socKey = nullptr;              // the section of kep-config.json that is read
+    const char* configurationFolder = nullptr; // unless KEP_CONFIG_DIR names another
+    const char* card = nullptr;                // whose control elements are written; ALSA's name
 };
 
 /// All of it, read only. Needs no backend and logs nothing; any thread may ask at any time.
@@ -147,4 +158,6 @@ public:
     static kepList<kepRequestType> requestTypes();
 
     static kepList<kepControlElement> controlElements();
+
+    static kepBuild build();
 };

@@ -5,13 +5,13 @@
 #include <cstdint>
 
 #include "jdomparser.h"
+#include "kepcatalogue.h"
 #include "kepconfigpath.h"
 
 namespace
 {
 
 constexpr const char* kFileName = "kep-config.json";
-constexpr const char* kSocType = "Q27R5";
 
 } // namespace
 
@@ -39,8 +39,9 @@ bool kepConfig::loadKEPConfig()
 
 JValue kepConfig::find(const std::string& key, const kepLogOrigin& origin) const
 {
-    const JValue section = mRoot[kSocType];
-    KEP_LOG_AS(origin, kLogDebug, "", "Need value for soc type: %s & key type: %s", kSocType,
+    const char* socType = kepCatalogue::build().socKey;
+    const JValue section = mRoot[socType];
+    KEP_LOG_AS(origin, kLogDebug, "", "Need value for soc type: %s & key type: %s", socType,
                key.c_str());
     JValue value = section[key];
     if (!value.isValid())

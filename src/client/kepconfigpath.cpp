@@ -4,10 +4,12 @@
 
 #include <cstdlib>
 
+#include "kepcatalogue.h"
+
 std::string kepConfigPath(const char* fileName)
 {
     const char* replacement = secure_getenv("KEP_CONFIG_DIR");
     const bool replaced = replacement != nullptr && *replacement != '\0';
-    std::string path = replaced ? replacement : "/etc/orva/kep";
+    std::string path = replaced ? replacement : kepCatalogue::build().configurationFolder;
     return path.append("/").append(fileName);
 }

@@ -4,6 +4,6 @@
 
 #include <string>
 
-/// The path of a configuration file: in /etc/orva/kep, or in the directory that the environment
-/// variable KEP_CONFIG_DIR names (ignored in privileged programs).
+/// The path of a configuration file: in the build's folder, or in the directory that the
+/// environment variable KEP_CONFIG_DIR names (ignored in privileged programs).
 std::string kepConfigPath(const char* fileName);

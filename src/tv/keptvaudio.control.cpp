@@ -51,17 +51,18 @@ bool kepTVAudio::setControlElement(const std::string& name, const std::int32_t* 
     snd_ctl_elem_info_t* info = nullptr;
     snd_ctl_elem_info_alloca(&info);
 
+    const char* card = kepCatalogue::build().card;
     snd_hctl_t* opened = nullptr;
-    int error = snd_hctl_open(&opened, kCard, 0);
+    int error = snd_hctl_open(&opened, card, 0);
     const HandlePtr handle{error < 0 ? nullptr : opened};
     if (error < 0) {
-        KEP_ERROR("CONTROL_HANDLE_OPEN_ERROR", "Control %s open error: %s", kCard,
+        KEP_ERROR("CONTROL_HANDLE_OPEN_ERROR", "Control %s open error: %s", card,
                   snd_strerror(error));
         return false;
     }
     error = snd_hctl_load(handle.get());
     if (error < 0) {
-        KEP_ERROR("CONTROL_HANDLE_LOAD_ERROR", "Control %s load error: %s", kCard,
+        KEP_ERROR("CONTROL_HANDLE_LOAD_ERROR", "Control %s load error: %s", card,
                   snd_strerror(error));
         return false;
     }

@@ -17,7 +17,6 @@
 namespace
 {
 
-constexpr std::int32_t kInitialGain = 0x800000;        // of the driver; nothing derives it
 constexpr std::chrono::milliseconds kSettleTime{1000}; // lets the launching request return first
 constexpr const char* kPerformanceType = "audio-output-service";
 

@@ -140,6 +140,23 @@ TEST_F(Catalogue, TheControlElementsAreThoseOfTheDriver)
     EXPECT_THAT(elementsOfTheCard(), UnorderedElementsAreArray(listed));
 }
 
+TEST_F(Catalogue, EveryIntegerThatIsNotNamedHasARange)
+{
+    for (const kepControlElement& element : kepCatalogue::controlElements()) {
+        for (const kepControlInteger& integer : element.integers) {
+            EXPECT_LE(integer.minimum, integer.maximum) << element.name << " " << integer.name;
+            EXPECT_TRUE(integer.numbers == nullptr || !integer.numbers->empty()) << element.name;
+        }
+    }
+}
+
+TEST_F(Catalogue, TheBuildIsForTheTelevisionThatItWasConfiguredFor)
+{
+    EXPECT_STREQ(kepCatalogue::build().socKey, "Q27R5");
+    EXPECT_STREQ(kepCatalogue::build().configurationFolder, "/etc/orva/kep");
+    EXPECT_STREQ(kepCatalogue::build().card, "hw:0");
+}
+
 // --- Payloads
 
 namespace

@@ -11,6 +11,7 @@
 
 #include <alsa/asoundlib.h>
 
+#include "cardelements.h"
 #include "cardfile.h"
 #include "commands.h"
 #include "environment.h"
@@ -249,5 +250,5 @@ int card(const Options& options)
             return unusable(problem);
         virtualtv::enter();
     }
-    return dump(words.size() > 1 ? words[1] : "hw:0");
+    return dump(words.size() > 1 ? words[1] : cardNames().front());
 }

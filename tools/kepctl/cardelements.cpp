@@ -8,6 +8,7 @@
 #include <glib.h>
 
 #include "faults.h"
+#include "kepcatalogue.h"
 
 namespace
 {
@@ -64,7 +65,7 @@ void addElements(const std::string& card, std::vector<CardElement>& elements)
 
 const std::vector<std::string>& cardNames()
 {
-    static const std::vector<std::string> names = {"hw:0", "default"};
+    static const std::vector<std::string> names = {kepCatalogue::build().card, "default"};
     return names;
 }
 

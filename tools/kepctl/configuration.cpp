@@ -7,20 +7,28 @@
 
 #include "closest.h"
 #include "jdomparser.h"
+#include "kepcatalogue.h"
 #include "names.h"
 
 namespace
 {
 
-constexpr const char* kSection = "Q27R5"; // the one section that the library reads
 constexpr const char* kBackendKey = "kepAudio";
 constexpr const char* kCapabilitySection = "audioMasterDefault";
 constexpr const char* kCapabilityKeys[] = {"card", "muteControlName", "volumeControlName"};
 
+/// The one section that the library reads.
+const char* section()
+{
+    return kepCatalogue::build().socKey;
+}
+
 std::string pathOf(const char* file)
 {
-    const char* directory = getenv("KEP_CONFIG_DIR"); // kepctl has set it
-    return std::filesystem::path{directory != nullptr ? directory : ""} / file;
+    const char* chosen = getenv("KEP_CONFIG_DIR");
+    const bool isChosen = chosen != nullptr && *chosen != '\0';
+    return std::filesystem::path{isChosen ? chosen : kepCatalogue::build().configurationFolder} /
+           file;
 }
 
 JValue contentOf(const std::string& path)
@@ -45,7 +53,7 @@ std::string lacks(const std::string& path, const std::string& what, const char* 
 
 std::string configuredBackend()
 {
-    return contentOf(pathOf("kep-config.json"))[kSection][kBackendKey].asString();
+    return contentOf(pathOf("kep-config.json"))[section()][kBackendKey].asString();
 }
 
 std::string configurationFault()
@@ -54,13 +62,13 @@ std::string configurationFault()
     const JValue root = contentOf(path);
     if (!root.isObject())
         return "";
-    if (!root.hasKey(kSection))
-        return lacks(path, "the section", kSection, root);
-    const JValue section = root[kSection];
-    if (!section.hasKey(kBackendKey))
-        return lacks(path, std::string{"in its section "} + kSection + " the key", kBackendKey,
-                     section);
-    const std::string backend = section[kBackendKey].asString();
+    if (!root.hasKey(section()))
+        return lacks(path, "the section", section(), root);
+    const JValue own = root[section()];
+    if (!own.hasKey(kBackendKey))
+        return lacks(path, std::string{"in its section "} + section() + " the key", kBackendKey,
+                     own);
+    const std::string backend = own[kBackendKey].asString();
     if (backend.empty())
         return "in " + path + " \"" + kBackendKey +
                "\" must be the name of a backend: " + anyOf(names::backends());
@@ -74,9 +82,9 @@ std::string configurationFault()
 
 MixerNames mixerNames()
 {
-    const JValue section = contentOf(pathOf("device-cap.json"))[kCapabilitySection];
-    return {section["card"].asString(), section["muteControlName"].asString(),
-            section["volumeControlName"].asString()};
+    const JValue mixer = contentOf(pathOf("device-cap.json"))[kCapabilitySection];
+    return {mixer["card"].asString(), mixer["muteControlName"].asString(),
+            mixer["volumeControlName"].asString()};
 }
 
 std::string capabilityFault()
