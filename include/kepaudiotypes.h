@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Identifiers of audio input resources and sound outputs. The values are the library's own: the
-// driver is told other numbers.
+// Identifiers of audio input resources and sound outputs. Their values are the library's own: the
+// driver is told other numbers. At the end, the numbers of eARC, which are the driver's.
 #pragma once
 
 #include <cstdint>
@@ -36,4 +36,22 @@ enum KEP_AUDIO_SNDOUT_T : std::uint32_t {
     KEP_AUDIO_SPK_OPTICAL_ARC = 32768,
     KEP_AUDIO_SPK_BLUETOOTH = 65536,
     KEP_AUDIO_BLUETOOTH = 131072, // only as a member of SPK_BLUETOOTH, never selected
+};
+
+/// Codec types of the driver's eARC output, by its own numbers.
+enum sndout_earc_output_codec_type : std::uint32_t {
+    SNDOUT_EARC_PCM = 1,
+    SNDOUT_EARC_DD = 2,
+    SNDOUT_EARC_AAC = 3,
+    SNDOUT_EARC_DD_FROM_DTS = 4,
+    SNDOUT_EARC_DDPLUS = 5,
+    SNDOUT_EARC_TRUEHD = 6,
+    SNDOUT_EARC_MAT2PCM = 7,
+    SNDOUT_EARC_DTSHD = 8,
+};
+
+/// Whether other sounds are mixed into the eARC output.
+enum sndout_earc_output_mix_option : std::uint32_t {
+    SNDOUT_EARC_MIX_OFF = 0,
+    SNDOUT_EARC_MIX_ON = 1,
 };

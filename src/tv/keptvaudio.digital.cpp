@@ -1,81 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Digital outputs: which format goes out on optical, ARC and eARC, by the user's mode, the country,
-// the codec of the current pipeline and what the receiver can decode.
-#include <algorithm>
-#include <iterator>
+// Digital outputs: gathers what the formats of optical, ARC and eARC follow from, and writes what
+// digitalformats.h answers; which number that is, is decided there.
 #include <string_view>
 
+#include "digitalformats.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 #include "payloadkeys.h"
 
-/// The driver's numbers for one digital mode of one output.
-struct DigitalModes {
-    int forced; // while Dolby Digital Plus is forced; 0: that changes nothing
-    int japanMixed;
-    int japan;
-    int mixed;
-    int plain;
-};
-
 namespace
 {
-
-// From the driver's list; nothing derives them.
-// clang-format off
-constexpr DigitalModes kOpticPassThrough    = {.forced =  0, .japanMixed = 3, .japan =  8, .mixed = 2, .plain =  7};
-constexpr DigitalModes kOpticAuto           = {.forced =  6, .japanMixed = 5, .japan =  3, .mixed = 4, .plain =  2};
-constexpr DigitalModes kArcPassThrough      = {.forced =  0, .japanMixed = 3, .japan = 13, .mixed = 2, .plain = 12};
-constexpr DigitalModes kArcPassThroughDolby = {.forced =  0, .japanMixed = 5, .japan = 15, .mixed = 4, .plain = 14};
-constexpr DigitalModes kArcAuto             = {.forced = 10, .japanMixed = 7, .japan =  3, .mixed = 6, .plain =  2};
-constexpr DigitalModes kArcAutoDolby        = {.forced = 11, .japanMixed = 9, .japan =  5, .mixed = 8, .plain =  4};
-// clang-format on
-constexpr int kPcmMode = 1;
-constexpr int kUnknownMode = 0;
-
-struct CodecRow {
-    std::string_view inputs[3]; // codecs of a pipeline
-    const char* capability;     // what the receiver must be able to decode
-    sndout_earc_output_codec_type type;
-};
-
-// In the order in which they are tried.
-// clang-format off
-constexpr CodecRow kPassThroughCodecs[] = {
-    {{"truehd", "truehd_atmos"},         "TrueHD",  SNDOUT_EARC_TRUEHD},
-    {{"dts_hd_ma"},                      "DTSHD",   SNDOUT_EARC_DTSHD},
-    {{"mat", "mat_atmos"},               "MAT2PCM", SNDOUT_EARC_MAT2PCM},
-    {{"eac3", "eac3_atmos"},             "DD+",     SNDOUT_EARC_DDPLUS},
-    {{"ac3"},                            "DD",      SNDOUT_EARC_DD},
-    {{"dts", "dts_cd", "dts_express"},   "DD",      SNDOUT_EARC_DD_FROM_DTS},
-    {{"aac"},                            "AAC",     SNDOUT_EARC_AAC},
-    {{"pcm"},                            "PCM",     SNDOUT_EARC_PCM},
-};
-
-struct ReEncodeRow {
-    const char* capability;
-    sndout_earc_output_codec_type type;
-};
-constexpr ReEncodeRow kReEncodePriority[] = {
-    {"MAT2PCM", SNDOUT_EARC_MAT2PCM},
-    {"DD+",     SNDOUT_EARC_DDPLUS},
-    {"DD",      SNDOUT_EARC_DD},
-};
-
-constexpr std::string_view kDtsCodecs[] = {"dts", "dts_hd_ma", "dts_express", "dts_cd"};
-
-// Every other codec, an unknown one included, counts as PCM.
-constexpr std::string_view kCompressedCodecs[] = {
-    "truehd", "truehd_atmos", "mat",  "mat_atmos",  "eac3", "eac3_atmos",  "ac3",   "mpeg_h", "aac",
-    "heaac",  "ac4",          "dts",  "ac4_atmos",  "opus", "dts_express", "dts_cd", "dts_hd_ma",
-};
-// clang-format on
-
-template <std::size_t Size>
-bool isOneOf(std::string_view name, const std::string_view (&names)[Size])
-{
-    return !name.empty() && std::find(std::begin(names), std::end(names), name) != std::end(names);
-}
 
 /// The number of that name; 0 for an unknown one.
 int numberOf(std::string_view name, kepList<kepNamedNumber> rows)
@@ -84,6 +18,12 @@ int numberOf(std::string_view name, kepList<kepNamedNumber> rows)
         if (row.name == name)
             return row.number;
     return 0;
+}
+
+/// What the receiver announced; each question leaves a line.
+DigitalFormats::CanDecode receiverOf(const kepTVAudio& audio)
+{
+    return [&audio](const char* codec) { return audio.isEarcCapabilityAvailable(codec); };
 }
 
 } // namespace
@@ -124,10 +64,7 @@ bool kepTVAudio::reapplyDigitalMode()
 int kepTVAudio::getSoundOutputOpticMode(std::string mode) const
 {
     KEP_INFO("INFO_LOG", "Get SoundOutputMode for Optic digitalMode %s ", mode.c_str()); // sic
-    const int number = mode == "passThrough" ? getPassThroughOpticMode()
-                       : mode == "auto"      ? getAutoOpticMode()
-                       : mode == "pcm"       ? kPcmMode
-                                             : kUnknownMode;
+    const int number = digitalFormats().optic(mode);
     KEP_DEBUG("Optic digital mode %d", number);
     return number;
 }
@@ -135,56 +72,45 @@ int kepTVAudio::getSoundOutputOpticMode(std::string mode) const
 int kepTVAudio::getSoundOutputArcMode(std::string mode) const
 {
     KEP_INFO("INFO_LOG", "Get SoundOutputMode for ARC digitalMode %s ", mode.c_str()); // sic
-    const int number = mode == "passThrough" ? getPassThroughArcMode()
-                       : mode == "auto"      ? getAutoArcMode()
-                       : mode == "pcm"       ? kPcmMode
-                                             : kUnknownMode;
+    const int number = digitalFormats().arc(mode);
     KEP_DEBUG("Arc digital mode %d", number);
     return number;
 }
 
-int kepTVAudio::modeNumber(const DigitalModes& modes, bool japan) const
-{
-    if (mForcedDDPlus && modes.forced != 0)
-        return modes.forced;
-    if (japan)
-        return mMixerFlag ? modes.japanMixed : modes.japan;
-    return mMixerFlag ? modes.mixed : modes.plain;
-}
-
-bool kepTVAudio::hasDolbyProfile() const
-{
-    return mArcProfile == "EAC3" || mArcProfile == "ATMOS";
-}
-
-bool kepTVAudio::isJapaneseArc() const
-{
-    return isCountryCodeJP() && !mSupportBnoModel; // sic: the model does not matter to optical
-}
-
 int kepTVAudio::getPassThroughOpticMode() const
 {
-    return modeNumber(kOpticPassThrough, isCountryCodeJP());
+    return digitalFormats().optic("passThrough");
 }
 
 int kepTVAudio::getAutoOpticMode() const
 {
-    return modeNumber(kOpticAuto, isCountryCodeJP());
+    return digitalFormats().optic("auto");
 }
 
 int kepTVAudio::getPassThroughArcMode() const
 {
-    return modeNumber(hasDolbyProfile() ? kArcPassThroughDolby : kArcPassThrough, isJapaneseArc());
+    return digitalFormats().arc("passThrough");
 }
 
 int kepTVAudio::getAutoArcMode() const
 {
-    return modeNumber(hasDolbyProfile() ? kArcAutoDolby : kArcAuto, isJapaneseArc());
+    return digitalFormats().arc("auto");
 }
 
 bool kepTVAudio::isCountryCodeJP() const
 {
-    return qualityParam(key::kCountry.name) == "JP";
+    return digitalFormats().isJapan();
+}
+
+DigitalFormats kepTVAudio::digitalFormats() const
+{
+    return {.bnoModel = mSupportBnoModel,
+            .mixed = mMixerFlag,
+            .forcedDDPlus = mForcedDDPlus,
+            .country = qualityParam(key::kCountry.name).value_or(""),
+            .arcProfile = mArcProfile,
+            .codec = getInputCodecType(),
+            .source = avParam("sourceType").value_or("")};
 }
 
 // --- eARC
@@ -209,52 +135,41 @@ bool kepTVAudio::setEArcOutputType(sndout_earc_output_codec_type codec,
 
 bool kepTVAudio::setEArcOutputTypeForPassThrough()
 {
-    const std::string codec = getInputCodecType();
-    KEP_DEBUG("input codec value is %s", codec.c_str());
-    for (const CodecRow& row : kPassThroughCodecs)
-        if (isOneOf(codec, row.inputs) && isEarcCapabilityAvailable(row.capability))
-            return setEArcOutputType(row.type,
-                                     mMixerFlag ? SNDOUT_EARC_MIX_ON : SNDOUT_EARC_MIX_OFF);
-    return checkReEncodePriority();
+    const DigitalFormats formats = digitalFormats();
+    KEP_DEBUG("input codec value is %s", formats.codec.c_str());
+    const std::optional<EarcFormat> format = formats.passedThrough(receiverOf(*this));
+    return format ? setEArcOutputType(format->codec, format->mix) : checkReEncodePriority();
 }
 
 bool kepTVAudio::checkReEncodePriority()
 {
-    const std::string codec = getInputCodecType();
-    KEP_INFO("INFO_LOG", "input codec value is %s", codec.c_str());
-    if (isOneOf(codec, kDtsCodecs))
+    const DigitalFormats formats = digitalFormats();
+    KEP_INFO("INFO_LOG", "input codec value is %s", formats.codec.c_str());
+    if (formats.isDts())
         return setEArcOutputTypeForDTS();
-    return isCountryCodeJP() ? setDolbyForJP() : setDolbyForNonJP();
-}
-
-sndout_earc_output_codec_type kepTVAudio::preferredDolbyType() const
-{
-    if (isInputCodecPCM())
-        return SNDOUT_EARC_PCM;
-    for (const ReEncodeRow& row : kReEncodePriority)
-        if (isEarcCapabilityAvailable(row.capability))
-            return row.type;
-    return SNDOUT_EARC_PCM;
+    return formats.isJapan() ? setDolbyForJP() : setDolbyForNonJP();
 }
 
 bool kepTVAudio::setDolbyForJP()
 {
-    const std::string source = avParam("sourceType").value_or("");
-    KEP_DEBUG("set dolby digital for country as JP & Input Source is %s", source.c_str());
-    const bool aac = (source == "HDMI" || source == "TV") && isEarcCapabilityAvailable("AAC");
-    return setEArcOutputType(aac ? SNDOUT_EARC_AAC : preferredDolbyType(), SNDOUT_EARC_MIX_ON);
+    const DigitalFormats formats = digitalFormats();
+    KEP_DEBUG("set dolby digital for country as JP & Input Source is %s", formats.source.c_str());
+    const std::optional<EarcFormat> aac = formats.aacInJapan(receiverOf(*this));
+    return aac ? setEArcOutputType(aac->codec, aac->mix) : setDolbyForNonJP();
 }
 
 bool kepTVAudio::setDolbyForNonJP()
 {
-    return setEArcOutputType(preferredDolbyType(), SNDOUT_EARC_MIX_ON);
+    const EarcFormat format =
+        isInputCodecPCM() ? DigitalFormats::kPcm : DigitalFormats::reEncoded(receiverOf(*this));
+    return setEArcOutputType(format.codec, format.mix);
 }
 
 bool kepTVAudio::setEArcOutputTypeForDTS()
 {
     KEP_DEBUG("set dolby digital for DTS Input Source");
-    const bool dts = isEarcCapabilityAvailable("DTS");
-    return setEArcOutputType(dts ? SNDOUT_EARC_DD_FROM_DTS : SNDOUT_EARC_PCM, SNDOUT_EARC_MIX_ON);
+    const EarcFormat format = DigitalFormats::reEncodedDts(receiverOf(*this));
+    return setEArcOutputType(format.codec, format.mix);
 }
 
 std::string kepTVAudio::getInputCodecType() const
@@ -264,9 +179,9 @@ std::string kepTVAudio::getInputCodecType() const
 
 bool kepTVAudio::isInputCodecPCM() const
 {
-    const std::string codec = getInputCodecType();
-    KEP_INFO("INFO_LOG", "input codec value is %s", codec.c_str());
-    return !isOneOf(codec, kCompressedCodecs);
+    const DigitalFormats formats = digitalFormats();
+    KEP_INFO("INFO_LOG", "input codec value is %s", formats.codec.c_str());
+    return formats.isPcm();
 }
 
 bool kepTVAudio::isEarcCapabilityAvailable(std::string codec) const

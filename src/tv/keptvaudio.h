@@ -22,26 +22,8 @@
 
 struct _snd_hctl; // libasound's control handle
 
-/// Codec types of the driver's eARC output, by its own numbers.
-enum sndout_earc_output_codec_type : std::uint32_t {
-    SNDOUT_EARC_PCM = 1,
-    SNDOUT_EARC_DD = 2,
-    SNDOUT_EARC_AAC = 3,
-    SNDOUT_EARC_DD_FROM_DTS = 4,
-    SNDOUT_EARC_DDPLUS = 5,
-    SNDOUT_EARC_TRUEHD = 6,
-    SNDOUT_EARC_MAT2PCM = 7,
-    SNDOUT_EARC_DTSHD = 8,
-};
-
-/// Whether other sounds are mixed into the eARC output.
-enum sndout_earc_output_mix_option : std::uint32_t {
-    SNDOUT_EARC_MIX_OFF = 0,
-    SNDOUT_EARC_MIX_ON = 1,
-};
-
-/// Driver numbers of a digital mode (keptvaudio.digital.cpp).
-struct DigitalModes;
+/// What the formats of the digital outputs follow from (digitalformats.h).
+struct DigitalFormats;
 /// Opening and closing an output (soundoutputs.h).
 enum class OutputStep : std::uint8_t;
 struct OutputSequence;
@@ -428,10 +410,8 @@ protected:
         return kepTvParser::find(mPtrParserInstance->mAvParamsMap, key);
     }
     bool reapplyDigitalMode();
-    int modeNumber(const DigitalModes& modes, bool japan) const;
-    bool hasDolbyProfile() const;
-    bool isJapaneseArc() const;
-    sndout_earc_output_codec_type preferredDolbyType() const;
+    /// What the formats follow from, as it stands now.
+    DigitalFormats digitalFormats() const;
 
     // --- Start-up
     /// A copy, for whatever thread.

@@ -62,73 +62,46 @@ TEST_F(DigitalTest, TheModeIsEmptyUntilTheUserHasChosen)
 
 // --- Mode numbers
 
+// Each of what they follow from by itself, and the model's exception; digitalformats_test has all.
 struct ModeRow {
     const char* mode;
     bool japan;
     bool bno;
     bool mixed;
     bool forced;
+    const char* arcProfile;
     int optic;
     int arc;
-    int arcDolby; // ARC profile "EAC3" or "ATMOS"
 };
 
 // clang-format off
 constexpr ModeRow kModes[] = {
-    // mode           japan  bno    mixed  forced  optic  arc  Dolby
-    {"passThrough", false, false, false, false,   7,    12,  14},
-    {"passThrough", false, false, false, true,    7,    12,  14},
-    {"passThrough", false, false, true,  false,   2,     2,   4},
-    {"passThrough", false, false, true,  true,    2,     2,   4},
-    {"passThrough", false, true,  false, false,   7,    12,  14},
-    {"passThrough", false, true,  false, true,    7,    12,  14},
-    {"passThrough", false, true,  true,  false,   2,     2,   4},
-    {"passThrough", false, true,  true,  true,    2,     2,   4},
-    {"passThrough", true,  false, false, false,   8,    13,  15},
-    {"passThrough", true,  false, false, true,    8,    13,  15},
-    {"passThrough", true,  false, true,  false,   3,     3,   5},
-    {"passThrough", true,  false, true,  true,    3,     3,   5},
-    {"passThrough", true,  true,  false, false,   8,    12,  14},
-    {"passThrough", true,  true,  false, true,    8,    12,  14},
-    {"passThrough", true,  true,  true,  false,   3,     2,   4},
-    {"passThrough", true,  true,  true,  true,    3,     2,   4},
-    {"auto",        false, false, false, false,   2,     2,   4},
-    {"auto",        false, false, false, true,    6,    10,  11},
-    {"auto",        false, false, true,  false,   4,     6,   8},
-    {"auto",        false, false, true,  true,    6,    10,  11},
-    {"auto",        false, true,  false, false,   2,     2,   4},
-    {"auto",        false, true,  false, true,    6,    10,  11},
-    {"auto",        false, true,  true,  false,   4,     6,   8},
-    {"auto",        false, true,  true,  true,    6,    10,  11},
-    {"auto",        true,  false, false, false,   3,     3,   5},
-    {"auto",        true,  false, false, true,    6,    10,  11},
-    {"auto",        true,  false, true,  false,   5,     7,   9},
-    {"auto",        true,  false, true,  true,    6,    10,  11},
-    {"auto",        true,  true,  false, false,   3,     2,   4},
-    {"auto",        true,  true,  false, true,    6,    10,  11},
-    {"auto",        true,  true,  true,  false,   5,     6,   8},
-    {"auto",        true,  true,  true,  true,    6,    10,  11},
+    // mode           japan  bno    mixed  forced  profile  optic  ARC
+    {"passThrough", false, false, false, false,  "",        7,    12},
+    {"passThrough", true,  false, false, false,  "",        8,    13},
+    {"passThrough", true,  true,  false, false,  "",        8,    12},
+    {"passThrough", false, false, true,  false,  "",        2,     2},
+    {"passThrough", false, false, false, true,   "",        7,    12},
+    {"passThrough", false, false, false, false,  "EAC3",    7,    14},
+    {"auto",        false, false, false, false,  "",        2,     2},
+    {"auto",        true,  false, false, false,  "",        3,     3},
+    {"auto",        true,  true,  false, false,  "",        3,     2},
+    {"auto",        false, false, true,  false,  "",        4,     6},
+    {"auto",        false, false, false, true,   "",        6,    10},
+    {"auto",        false, false, false, false,  "ATMOS",   2,     4},
 };
 // clang-format on
-
-struct ProfileRow {
-    const char* name;
-    bool dolby;
-};
-constexpr ProfileRow kProfiles[] = {
-    {"EAC3", true}, {"ATMOS", true}, {"AC3", false}, {"", false}, {"eac3", false}, {"Atmos", false},
-};
 
 class ModeNumbers : public DigitalTest
 {
 protected:
-    void enter(const ModeRow& row, const char* profile)
+    void enter(const ModeRow& row)
     {
         setCountry(row.japan);
         isBnoModel() = row.bno;
         mixes() = row.mixed;
         forces() = row.forced;
-        arcProfile() = profile;
+        arcProfile() = row.arcProfile;
         forget();
     }
 
@@ -146,47 +119,41 @@ protected:
             whispered("getSoundOutputArcMode", "Arc digital mode " + std::to_string(number))};
     }
 
-    static std::string name(const ModeRow& row, const char* profile)
+    static std::string name(const ModeRow& row)
     {
         return row.mode + (" " + flag(row.japan)) + flag(row.bno) + flag(row.mixed) +
-               flag(row.forced) + " " + profile;
+               flag(row.forced) + " " + row.arcProfile;
     }
 };
 
 TEST_F(ModeNumbers, FollowCountryMixerForcedFormatModelAndProfile)
 {
     for (const ModeRow& row : kModes) {
-        for (const ProfileRow& profile : kProfiles) {
-            const std::string what = name(row, profile.name);
-            const int arcNumber = profile.dolby ? row.arcDolby : row.arc;
-            const bool passes = row.mode == std::string{"passThrough"};
-            enter(row, profile.name);
-            EXPECT_EQ(passes ? mBackend.getPassThroughOpticMode() : mBackend.getAutoOpticMode(),
-                      row.optic)
-                << what;
-            EXPECT_EQ(passes ? mBackend.getPassThroughArcMode() : mBackend.getAutoArcMode(),
-                      arcNumber)
-                << what;
-            EXPECT_THAT(logLines(), IsEmpty());
-            EXPECT_EQ(mBackend.getSoundOutputOpticMode(row.mode), row.optic) << what;
-            EXPECT_EQ(mBackend.getSoundOutputArcMode(row.mode), arcNumber) << what;
-            EXPECT_EQ(logLines(), optic(row.mode, row.optic) + arc(row.mode, arcNumber)) << what;
-            EXPECT_THAT(told(), IsEmpty());
-        }
+        const std::string what = name(row);
+        const bool passes = row.mode == std::string{"passThrough"};
+        enter(row);
+        EXPECT_EQ(passes ? mBackend.getPassThroughOpticMode() : mBackend.getAutoOpticMode(),
+                  row.optic)
+            << what;
+        EXPECT_EQ(passes ? mBackend.getPassThroughArcMode() : mBackend.getAutoArcMode(), row.arc)
+            << what;
+        EXPECT_THAT(logLines(), IsEmpty());
+        EXPECT_EQ(mBackend.getSoundOutputOpticMode(row.mode), row.optic) << what;
+        EXPECT_EQ(mBackend.getSoundOutputArcMode(row.mode), row.arc) << what;
+        EXPECT_EQ(logLines(), optic(row.mode, row.optic) + arc(row.mode, row.arc)) << what;
+        EXPECT_THAT(told(), IsEmpty());
     }
 }
 
 TEST_F(ModeNumbers, OfPcmAndOfOtherModesAreAlwaysTheSame)
 {
     for (const ModeRow& row : kModes) {
-        for (const ProfileRow& profile : kProfiles) {
-            for (const std::string mode : {"pcm", "PCM", "passthrough", "Auto", "", "other"}) {
-                enter(row, profile.name);
-                const int number = mode == "pcm" ? 1 : 0;
-                EXPECT_EQ(mBackend.getSoundOutputOpticMode(mode), number) << mode;
-                EXPECT_EQ(mBackend.getSoundOutputArcMode(mode), number) << mode;
-                EXPECT_EQ(logLines(), optic(mode, number) + arc(mode, number)) << mode;
-            }
+        for (const std::string mode : {"pcm", "PCM", "passthrough", "Auto", "", "other"}) {
+            enter(row);
+            const int number = mode == "pcm" ? 1 : 0;
+            EXPECT_EQ(mBackend.getSoundOutputOpticMode(mode), number) << mode;
+            EXPECT_EQ(mBackend.getSoundOutputArcMode(mode), number) << mode;
+            EXPECT_EQ(logLines(), optic(mode, number) + arc(mode, number)) << mode;
         }
     }
 }
@@ -203,15 +170,12 @@ TEST_F(ModeNumbers, OfAnUnknownCountryAreNotThoseOfJapan)
 TEST_F(ModeNumbers, AreWrittenBeforeTheFormatOfEarc)
 {
     for (const ModeRow& row : kModes) {
-        for (const ProfileRow& profile : kProfiles) {
-            enter(row, profile.name);
-            const int arcNumber = profile.dolby ? row.arcDolby : row.arc;
-            EXPECT_TRUE(mBackend.setSoundOutputDigital(row.mode));
-            EXPECT_THAT(told(), ElementsAre("Sndout Spdif OutputType " + std::to_string(row.optic) +
-                                                " " + std::to_string(arcNumber),
-                                            earcWrite(1, 1)))
-                << name(row, profile.name); // no codec, no capability: PCM
-        }
+        enter(row);
+        EXPECT_TRUE(mBackend.setSoundOutputDigital(row.mode));
+        EXPECT_THAT(told(), ElementsAre("Sndout Spdif OutputType " + std::to_string(row.optic) +
+                                            " " + std::to_string(row.arc),
+                                        earcWrite(1, 1)))
+            << name(row); // no codec, no capability: PCM
     }
 }
 
