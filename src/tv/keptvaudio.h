@@ -24,6 +24,8 @@ struct _snd_hctl; // libasound's control handle
 
 /// What the formats of the digital outputs follow from (digitalformats.h).
 struct DigitalFormats;
+/// What decides about a mute of the headphone (headphonemute.h).
+struct HeadphoneMute;
 /// Opening and closing an output (soundoutputs.h).
 enum class OutputStep : std::uint8_t;
 struct OutputSequence;
@@ -397,6 +399,8 @@ protected:
     /// Starts the timer that lets the headphone be unmuted; false when one is pending already.
     bool startUnmuteTimer(int (*callback)(void*));
     static bool endUnmuteTimer(const char* line, const kepLogOrigin& origin = KEP_CALLER);
+    /// All that decides about a mute, as it stands now.
+    HeadphoneMute headphoneMute() const;
     bool isUnmuteHeldBack(bool mute, const kepLogOrigin& origin = KEP_CALLER) const;
 
     // --- Digital outputs

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Headphone and power state: a television must not pop or hiss when it starts, resumes or changes
-// output. An unmute has to pass two gates: the timer after power-on or resume, and the three
-// reasons to stay muted.
+// output. An unmute has to pass two gates (headphonemute.h): the timer after power-on or resume,
+// and the three reasons to stay muted.
 #include <cstring>
 
 #include <glib.h>
 
+#include "headphonemute.h"
 #include "hwiogpio.h"
 #include "kepcaught.h"
 #include "keplog.h"
@@ -57,13 +58,21 @@ try {
 
 // --- The mute decision
 
+HeadphoneMute kepTVAudio::headphoneMute() const
+{
+    return {.byCaller = mHeadphoneMuteStatus,
+            .byDetection = mHeadphoneDetectionMute,
+            .byPowerState = mPowerStateHeadphoneMute,
+            .timerIsPending = mHeadphoneUnmuteTimerID != 0,
+            .timerHasRun = mHeadphoneTimerMuteDone};
+}
+
 bool kepTVAudio::isValidHeadphoneMute(bool mute) const
 {
-    KEP_INFO("INFO_LOG", "%s check %d %d %d", __func__, mHeadphoneMuteStatus.load(),
-             mHeadphoneDetectionMute.load(), mPowerStateHeadphoneMute.load());
-    if (mHeadphoneMuteStatus || mHeadphoneDetectionMute)
-        return mute;
-    return mute == mPowerStateHeadphoneMute;
+    const HeadphoneMute now = headphoneMute();
+    KEP_INFO("INFO_LOG", "%s check %d %d %d", __func__, now.byCaller, now.byDetection,
+             now.byPowerState);
+    return now.reasonsAllow(mute);
 }
 
 bool kepTVAudio::executeMuteHeadphone(bool mute)
@@ -95,14 +104,14 @@ bool kepTVAudio::startUnmuteTimer(int (*callback)(void*))
 
 bool kepTVAudio::isUnmuteHeldBack(bool mute, const kepLogOrigin& origin) const
 {
-    if (mute)
+    switch (headphoneMute().askTimer(mute)) {
+    case TimerAnswer::Passes:
         return false;
-    if (mHeadphoneUnmuteTimerID != 0) {
+    case TimerAnswer::HeldBack:
         KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
                    "To avoid noise Headphone timer is running, so skip headphone unmute");
         return true;
-    }
-    if (!mHeadphoneTimerMuteDone) {
+    case TimerAnswer::NeverRanOut:
         KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
                    "Headphone timer has not been make yet, so skip headphone unmute"); // sic
         return true;
