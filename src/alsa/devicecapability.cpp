@@ -13,7 +13,7 @@ DeviceCapability::DeviceCapability(const std::string& path)
 
 void DeviceCapability::loadDeviceConfig(const std::string& path)
 {
-    KEP_INFO("LOAD_CONFIG", "Loading static DeviceCapability from file %s", path.c_str());
+    KEP_LOG(kLogInfo, "LOAD_CONFIG", "Loading static DeviceCapability from file %s", path.c_str());
     JDomParser parser{JSchema::acceptAll()};
     const JValue root = parser.parseFile(path);
     if (!root.isObject()) {

@@ -233,7 +233,7 @@ bool kepAlsaAudio::setControl(const std::string& card, const std::string& contro
     KEP_DEBUG("snd_ctl_open on card %s, control %s value=%s\n", card.c_str(), control.c_str(),
               value.c_str());
 
-    // sic, below: the texts say "Control" and name the card
+    // The texts below say "Control", sic, and name the card.
     snd_ctl_t* opened = nullptr;
     int error = openCard(&opened, card);
     const ControlPtr handle{opened};

@@ -72,7 +72,7 @@ try {
     if (mAudioObject == nullptr)
         return KEP_STATUS_FAILED;
 
-    KEP_INFO("INFO_LOG", "In kepClient::initialize %s", backendName.c_str());
+    KEP_INFO("In kepClient::initialize %s", backendName.c_str());
     return mAudioObject->initAudio();
 } catch (...) {
     kepPassOnThreadEnd();

@@ -24,11 +24,11 @@ kepConfig* kepConfig::getInstance()
 bool kepConfig::loadKEPConfig()
 {
     const std::string path = kepConfigPath(kFileName);
-    KEP_INFO("LOAD_CONFIG", "Loading kepConfig config from file %s", path.c_str());
+    KEP_LOG(kLogInfo, "LOAD_CONFIG", "Loading kepConfig config from file %s", path.c_str());
     JDomParser parser{JSchema::acceptAll()};
     mRoot = parser.parseFile(path);
     if (!mRoot.isObject()) {
-        // sic: no defaults are put in place, the caller gives up
+        // sic: no defaults are put in place, the client does not start; services rely on it
         KEP_ERROR("CONFIG_FILE_READ_FAILED",
                   "Failed to parse kep config file, using defaults. File: %s. Error: %s",
                   path.c_str(), parser.errorText().c_str());
@@ -37,24 +37,23 @@ bool kepConfig::loadKEPConfig()
     return true;
 }
 
-JValue kepConfig::find(const std::string& key, const kepLogOrigin& origin) const
+JValue kepConfig::find(const kepLogOrigin& origin, const std::string& key) const
 {
     const char* socType = kepCatalogue::build().socKey;
     const JValue section = mRoot[socType];
-    KEP_LOG_AS(origin, kLogDebug, "", "Need value for soc type: %s & key type: %s", socType,
-               key.c_str());
+    KEP_DEBUG_AS(origin, "Need value for soc type: %s & key type: %s", socType, key.c_str());
     JValue value = section[key];
     if (!value.isValid())
-        KEP_LOG_AS(origin, kLogDebug, "", "Did not find key type in kep config %s", key.c_str());
+        KEP_DEBUG_AS(origin, "Did not find key type in kep config %s", key.c_str());
     return value;
 }
 
 std::string kepConfig::getValue(std::string key)
 {
-    return find(key).asString();
+    return find(KEP_HERE, key).asString();
 }
 
 int kepConfig::getDefaultVolume(std::string key)
 {
-    return find(key).asNumber<std::int32_t>();
+    return find(KEP_HERE, key).asNumber<std::int32_t>();
 }

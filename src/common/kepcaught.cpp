@@ -31,5 +31,5 @@ __attribute__((no_sanitize("undefined"))) const char* kepCaughtText()
 void kepLogCaught(const kepLogOrigin& origin, const char* operation)
 {
     const char* text = kepCaughtText();
-    KEP_LOG_AS(origin, kLogError, "ERROR_LOG", "Exception in %s: %s", operation, text);
+    KEP_ERROR_AS(origin, "ERROR_LOG", "Exception in %s: %s", operation, text);
 }

@@ -26,17 +26,14 @@ constexpr std::string_view kepLogStem(std::string_view path)
     return path.substr(0, path.find('.'));
 }
 
-/// Where a message says that it comes from.
+/// Where a message says that it comes from. The file and the function that a line names are as
+/// fixed as its text, because those who read the log search for them. So an operation lives in the
+/// file that its lines have always named, and what it shares with others logs under its name.
 struct kepLogOrigin {
-    std::string_view file; // its stem, or the whole path
+    std::string_view file; // its stem
     const char* function;
     int line;
 
-    // No aggregate: GCC 12 would evaluate the builtins of KEP_CALLER where it is written.
-    constexpr kepLogOrigin(std::string_view itsFile, const char* itsFunction, int itsLine)
-        : file(itsFile), function(itsFunction), line(itsLine)
-    {
-    }
     /// The same place under the name of another function.
     [[nodiscard]] constexpr kepLogOrigin as(const char* name) const { return {file, name, line}; }
 };
@@ -49,28 +46,33 @@ consteval std::string_view kepLogStemOf(const char (&path)[Size])
 }
 
 #define KEP_HERE (kepLogOrigin{kepLogStemOf(__FILE__), __func__, __LINE__})
-/// The default argument `const kepLogOrigin& origin = KEP_CALLER` of a function that logs for its
-/// caller.
-#define KEP_CALLER (kepLogOrigin{__builtin_FILE(), __builtin_FUNCTION(), __builtin_LINE()})
 
 /// Formats the text, behind the prefix "file:function(line) ", and hands it to the platform.
 [[gnu::format(printf, 4, 5)]] void kepLogEmit(const kepLogOrigin& origin, int level, const char* id,
                                               const char* format, ...) noexcept;
+
+/// The same for a middleware call: whether its status is success, 0. Any other one is an error with
+/// that id and text.
+[[gnu::format(printf, 4, 5)]] bool kepSucceeded(const kepLogOrigin& origin, int status,
+                                                const char* id, const char* format, ...) noexcept;
 
 /// The same with key-value pairs and without the prefix.
 [[gnu::format(printf, 4, 5)]] void kepLogEmitPairs(int level, const char* id,
                                                    std::span<const LogPair> pairs,
                                                    const char* format, ...) noexcept;
 
-// The level is tested first: neither text nor arguments are made unless it is admitted.
+// The level is tested first: neither text nor arguments are made unless it is admitted. An error
+// has an id of its own, information has "INFO_LOG", and what is for debugging has none.
 #define KEP_LOG_AS(origin, level, id, format, ...)                                                 \
     do {                                                                                           \
         if (kepLogAdmits(level))                                                                   \
             kepLogEmit(origin, level, id, format __VA_OPT__(, ) __VA_ARGS__);                      \
     } while (false)
-#define KEP_LOG(level, id, format, ...)                                                            \
-    KEP_LOG_AS(KEP_HERE, level, id, format __VA_OPT__(, ) __VA_ARGS__)
+#define KEP_ERROR_AS(origin, id, ...) KEP_LOG_AS(origin, kLogError, id, __VA_ARGS__)
+#define KEP_INFO_AS(origin, ...) KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", __VA_ARGS__)
+#define KEP_DEBUG_AS(origin, ...) KEP_LOG_AS(origin, kLogDebug, "", __VA_ARGS__)
 
-#define KEP_ERROR(id, format, ...) KEP_LOG(kLogError, id, format __VA_OPT__(, ) __VA_ARGS__)
-#define KEP_INFO(id, format, ...) KEP_LOG(kLogInfo, id, format __VA_OPT__(, ) __VA_ARGS__)
-#define KEP_DEBUG(format, ...) KEP_LOG(kLogDebug, "", format __VA_OPT__(, ) __VA_ARGS__)
+#define KEP_LOG(level, id, ...) KEP_LOG_AS(KEP_HERE, level, id, __VA_ARGS__)
+#define KEP_ERROR(id, ...) KEP_ERROR_AS(KEP_HERE, id, __VA_ARGS__)
+#define KEP_INFO(...) KEP_INFO_AS(KEP_HERE, __VA_ARGS__)
+#define KEP_DEBUG(...) KEP_DEBUG_AS(KEP_HERE, __VA_ARGS__)

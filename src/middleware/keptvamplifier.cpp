@@ -79,25 +79,26 @@ bool kepTVAmplifier::initAmplifier()
 {
     if (mPtrAmplifierInstance == nullptr)
         mPtrAmplifierInstance = MWLAmplifier::getInstance();
-    KEP_INFO("INFO_LOG", "mPtrAmplifierInstance is Initialised");
+    KEP_INFO("mPtrAmplifierInstance is Initialised");
     return true;
 }
 
 bool kepTVAmplifier::initAmplifierAttributes()
 {
-    KEP_INFO("INFO_LOG", "Parsing amplifier values from xml");
+    KEP_INFO("Parsing amplifier values from xml");
     const bool registered =
-        KEP_SUCCEEDED(registerParams<&MWLAmplifier::registerQualityParams>(
-                          mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
-                      kErrorId, "Failed to register quality parameters");
-    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
-                         "Failed to initilize amplifier Middle ware") && // sic
+        kepSucceeded(KEP_HERE,
+                     registerParams<&MWLAmplifier::registerQualityParams>(
+                         mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
+                     kErrorId, "Failed to register quality parameters");
+    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
+                        "Failed to initilize amplifier Middle ware") && // sic
            registered;
 }
 
 void kepTVAmplifier::parseAmplifierXML()
 {
-    KEP_INFO("INFO_LOG", "Calling registerQualityParams & parseAmpParams for snapshot-boot");
+    KEP_INFO("Calling registerQualityParams & parseAmpParams for snapshot-boot");
     if (registerParams<&MWLAmplifier::registerQualityParams>(mPtrAmplifierInstance,
                                                              &kepTvParser::mQualityParamsMap) != 0)
         KEP_ERROR(kErrorId, "Failed to register quality parameters in parseAmplifierXML");
@@ -107,8 +108,9 @@ void kepTVAmplifier::parseAmplifierXML()
 
 void kepTVAmplifier::resetAmplifierAttributes()
 {
-    KEP_INFO("INFO_LOG", "Calling setAmpReset of amplifier middleware library");
-    if (KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpReset(), kErrorId, "Failed to call setAmpReset"))
+    KEP_INFO("Calling setAmpReset of amplifier middleware library");
+    if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpReset(), kErrorId,
+                     "Failed to call setAmpReset"))
         mIsAmpResetDone = true;
 }
 
@@ -128,18 +130,19 @@ bool kepTVAmplifier::updateAmplifierType(JValue payload)
         }
         return true;
     }
-    KEP_INFO("INFO_LOG", "Amplifier chip type is received during bootup to play powerOnSound");
+    KEP_INFO("Amplifier chip type is received during bootup to play powerOnSound");
     mIsBootup = false;
-    if (!KEP_SUCCEEDED(registerParams<&MWLAmplifier::registerQualityParams>(
-                           mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
-                       kErrorId, "Failed to register quality parameters"))
+    if (!kepSucceeded(KEP_HERE,
+                      registerParams<&MWLAmplifier::registerQualityParams>(
+                          mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
+                      kErrorId, "Failed to register quality parameters"))
         return false;
     if (!mIsAmpResetDone) {
         KEP_ERROR(kErrorId, "Amp reset is not completed, so skip Amplifier Init");
         return true;
     }
-    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
-                         "Failed to initilize amplifier Middle ware"); // sic
+    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
+                        "Failed to initilize amplifier Middle ware"); // sic
 }
 
 void kepTVAmplifier::setAmplifierSettings(JValue payload)
@@ -156,44 +159,44 @@ void kepTVAmplifier::setAmplifierSettings(JValue payload)
     }
     if (payload.hasKey(key::kAudioBalance.name)) {
         const auto balance = payload[key::kAudioBalance.name].asNumber<std::int32_t>();
-        if (KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpBalance(balance), kErrorId,
-                          "Failed to set balance in amplifier middle ware library as %d", balance))
-            KEP_INFO("INFO_LOG", "set Balance successfully as %d", balance);
+        if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpBalance(balance), kErrorId,
+                         "Failed to set balance in amplifier middle ware library as %d", balance))
+            KEP_INFO("set Balance successfully as %d", balance);
     }
     if (payload.hasKey(key::kTvSetupConfiguration.name)) {
-        if (KEP_SUCCEEDED(mPtrAmplifierInstance->changeAmpEQ(), kErrorId,
-                          "Failed to change amplifier equalizer"))
-            KEP_INFO("INFO_LOG", "change amplifier equalizer");
+        if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->changeAmpEQ(), kErrorId,
+                         "Failed to change amplifier equalizer"))
+            KEP_INFO("change amplifier equalizer");
     }
 }
 
 bool kepTVAmplifier::setEqualizerStatus(const std::string& status)
 {
-    KEP_INFO("INFO_LOG", "Setting Amplifier EQ equalizerStatus %s", status.c_str());
-    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpEQ(status == "on"), kErrorId,
-                         "Failed to set amplifier equalizer as %s", status.c_str());
+    KEP_INFO("Setting Amplifier EQ equalizerStatus %s", status.c_str());
+    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpEQ(status == "on"), kErrorId,
+                        "Failed to set amplifier equalizer as %s", status.c_str());
 }
 
 void kepTVAmplifier::setAmplifierMute(const bool& mute)
 {
     KEP_DEBUG("Called setAmplifierMute function");
-    if (KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpMute(mute), kErrorId,
-                      "Failed to set amplifier mute status %d", mute))
-        KEP_INFO("INFO_LOG", "set amplifier mute status %d", mute);
+    if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpMute(mute), kErrorId,
+                     "Failed to set amplifier mute status %d", mute))
+        KEP_INFO("set amplifier mute status %d", mute);
 }
 
 bool kepTVAmplifier::setAmplifierResume()
 {
     KEP_DEBUG("Called setAmplifierResume function");
-    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpResume(), kErrorId,
-                         "Amp Resume call is failed");
+    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpResume(), kErrorId,
+                        "Amp Resume call is failed");
 }
 
 bool kepTVAmplifier::setAmplifierSuspend()
 {
-    KEP_INFO("INFO_LOG", "Called setAmplifierSuspend function");
-    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpSuspend(), kErrorId,
-                         "failed to call setAmpSuspend function");
+    KEP_INFO("Called setAmplifierSuspend function");
+    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpSuspend(), kErrorId,
+                        "failed to call setAmpSuspend function");
 }
 
 bool kepTVAmplifier::setAmplifierState(JValue payload)
@@ -203,16 +206,16 @@ bool kepTVAmplifier::setAmplifierState(JValue payload)
         return false;
     const std::string type = payload[key::kAmpType.name].asString();
     const std::string status = payload[key::kAmpStatus.name].asString();
-    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpOnOff(type, status), kErrorId,
-                         "Failed to set amplifier state for amplifier Type: %s, Status: %s ",
-                         type.c_str(), status.c_str());
+    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpOnOff(type, status), kErrorId,
+                        "Failed to set amplifier state for amplifier Type: %s, Status: %s ",
+                        type.c_str(), status.c_str());
 }
 
 bool kepTVAmplifier::getAmplifierState(std::string& type, std::vector<std::string>& states)
 {
     KEP_DEBUG("Called getAmplifier function");
-    return KEP_SUCCEEDED(mPtrAmplifierInstance->getAmpState(&type, &states), kErrorId,
-                         "Failed to get amplifier States");
+    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->getAmpState(&type, &states), kErrorId,
+                        "Failed to get amplifier States");
 }
 
 bool kepTVAmplifier::writeI2cDataToAmplifier(JValue payload)
@@ -221,10 +224,11 @@ bool kepTVAmplifier::writeI2cDataToAmplifier(JValue payload)
         KEP_ERROR("ERROR_LOG", "writeI2cDataToAmplifier: amplifierObject value not received");
         return false;
     }
-    KEP_INFO("INFO_LOG", "Called writeI2cDataToAmplifier function with amplifierObject %s",
+    KEP_INFO("Called writeI2cDataToAmplifier function with amplifierObject %s",
              payload.stringify().c_str());
     const RegisterRequest request{payload};
-    return KEP_SUCCEEDED(
+    return kepSucceeded(
+        KEP_HERE,
         mPtrAmplifierInstance->writeI2cDataToAmp(
             request.slaveAddress, request.portNumber, request.address, request.numberOfByte,
             request.sizeOfArray, textsIn(payload[key::kData.name])),
@@ -240,7 +244,6 @@ JValue kepTVAmplifier::readI2cDataFromAmplifier(JValue payload)
         return answer;
     }
     KEP_INFO(
-        "INFO_LOG",
         "Called readI2cDataFromAmplifier function to read data from audio amplifier with amplifierObject %s",
         payload.stringify().c_str());
     const RegisterRequest request{payload};

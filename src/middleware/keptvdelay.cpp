@@ -80,53 +80,55 @@ bool kepTVDelay::initDelay()
 {
     if (mPtrDelayInstance == nullptr)
         mPtrDelayInstance = MWLDelay::getInstance();
-    KEP_INFO("INFO_LOG", "mPtrDelayInstance is Initialised");
+    KEP_INFO("mPtrDelayInstance is Initialised");
     return true;
 }
 
 bool kepTVDelay::initDelayAttributes()
 {
-    KEP_INFO("INFO_LOG", "Parsing delay values from xml");
-    const bool registered = KEP_SUCCEEDED(registerParams<&MWLDelay::registerQualityParams>(
-                                              mPtrDelayInstance, &kepTvParser::mQualityParamsMap),
-                                          kErrorId, "Failed to register quality parameters");
-    return KEP_SUCCEEDED(mPtrDelayInstance->setDelayInitialize(), kErrorId,
-                         "Failed to initilize delay middleware API") && // sic
+    KEP_INFO("Parsing delay values from xml");
+    const bool registered = kepSucceeded(KEP_HERE,
+                                         registerParams<&MWLDelay::registerQualityParams>(
+                                             mPtrDelayInstance, &kepTvParser::mQualityParamsMap),
+                                         kErrorId, "Failed to register quality parameters");
+    return kepSucceeded(KEP_HERE, mPtrDelayInstance->setDelayInitialize(), kErrorId,
+                        "Failed to initilize delay middleware API") && // sic
            registered;
 }
 
 bool kepTVDelay::updateDelayValues()
 {
-    KEP_INFO("INFO_LOG", "calling setDelayUpdate");
-    return KEP_SUCCEEDED(mPtrDelayInstance->setDelayUpdate(), kErrorId,
-                         "Failed to update delay values");
+    KEP_INFO("calling setDelayUpdate");
+    return kepSucceeded(KEP_HERE, mPtrDelayInstance->setDelayUpdate(), kErrorId,
+                        "Failed to update delay values");
 }
 
 bool kepTVDelay::registerAudioVideoInfo()
 {
-    KEP_INFO("INFO_LOG", "calling registerAvParams");
-    return KEP_SUCCEEDED(registerParams<&MWLDelay::registerAvParams>(mPtrDelayInstance,
-                                                                     &kepTvParser::mAvParamsMap),
-                         kErrorId, "Failed to register audio video parameters") &&
+    KEP_INFO("calling registerAvParams");
+    return kepSucceeded(KEP_HERE,
+                        registerParams<&MWLDelay::registerAvParams>(mPtrDelayInstance,
+                                                                    &kepTvParser::mAvParamsMap),
+                        kErrorId, "Failed to register audio video parameters") &&
            updateDelayValues();
 }
 
 bool kepTVDelay::setAudioVideoSync(int value)
 {
-    KEP_INFO("INFO_LOG", "Request to set AudioVideoSync value as %d", value);
-    return KEP_SUCCEEDED(mPtrDelayInstance->setFactoryDelay(value), kErrorId,
-                         "Failed to set AudioVideoSync value as %d", value);
+    KEP_INFO("Request to set AudioVideoSync value as %d", value);
+    return kepSucceeded(KEP_HERE, mPtrDelayInstance->setFactoryDelay(value), kErrorId,
+                        "Failed to set AudioVideoSync value as %d", value);
 }
 
 bool kepTVDelay::setOffsetDelay(JValue settings)
 {
-    KEP_INFO("INFO_LOG", "Request to set offset delay");
+    KEP_INFO("Request to set offset delay");
     if (!settings.hasKey(key::kOffsetValue.name) || !settings.hasKey(key::kOperationType.name))
         return false;
     const auto value = settings[key::kOffsetValue.name].asNumber<std::int32_t>();
     const std::string type = settings[key::kOperationType.name].asString();
-    if (!KEP_SUCCEEDED(mPtrDelayInstance->setOffSetDelay(value, type), kErrorId,
-                       "Failed to set offset delay value %d for %s", value, type.c_str()))
+    if (!kepSucceeded(KEP_HERE, mPtrDelayInstance->setOffSetDelay(value, type), kErrorId,
+                      "Failed to set offset delay value %d for %s", value, type.c_str()))
         return false;
     KEP_DEBUG("set offset delay value %d for %s", value, type.c_str());
     return true;
@@ -140,7 +142,7 @@ void kepTVDelay::updateUserDelayValues(JValue settings)
     const bool updates = std::any_of(std::begin(kUpdatingKeys), std::end(kUpdatingKeys),
                                      [&](const char* key) { return settings.hasKey(key); });
     if (updates && updateDelayValues())
-        KEP_INFO("INFO_LOG", "delay values updated successfully");
+        KEP_INFO("delay values updated successfully");
 }
 
 void kepTVDelay::setDelaySettings(JValue settings)
@@ -151,7 +153,7 @@ void kepTVDelay::setDelaySettings(JValue settings)
     updateUserDelayValues(settings);
     if (!touchesUserList(settings))
         return;
-    if (KEP_SUCCEEDED(mPtrDelayInstance->setUserDelay(&mUserDelays), kErrorId,
-                      "Failed to call setUserDelay API"))
+    if (kepSucceeded(KEP_HERE, mPtrDelayInstance->setUserDelay(&mUserDelays), kErrorId,
+                     "Failed to call setUserDelay API"))
         KEP_DEBUG("Called setUserDelay successfully");
 }

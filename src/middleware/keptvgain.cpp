@@ -53,24 +53,25 @@ bool kepTVGain::initGain()
 {
     if (mPtrGainInstance == nullptr)
         mPtrGainInstance = MWLGain::getInstance();
-    KEP_INFO("INFO_LOG", "mPtrGainInstance is Initialised");
+    KEP_INFO("mPtrGainInstance is Initialised");
     return true;
 }
 
 bool kepTVGain::initGainAttributes()
 {
-    KEP_INFO("INFO_LOG", "Parsing Gain values from xml");
-    const bool registered = KEP_SUCCEEDED(registerParams<&MWLGain::registerQualityParams>(
-                                              mPtrGainInstance, &kepTvParser::mQualityParamsMap),
-                                          kErrorId, "Failed to register quality parameters");
-    return KEP_SUCCEEDED(mPtrGainInstance->setGainInitialize(), kErrorId,
-                         "Failed to initilize gain middleware API") && // sic
+    KEP_INFO("Parsing Gain values from xml");
+    const bool registered = kepSucceeded(KEP_HERE,
+                                         registerParams<&MWLGain::registerQualityParams>(
+                                             mPtrGainInstance, &kepTvParser::mQualityParamsMap),
+                                         kErrorId, "Failed to register quality parameters");
+    return kepSucceeded(KEP_HERE, mPtrGainInstance->setGainInitialize(), kErrorId,
+                        "Failed to initilize gain middleware API") && // sic
            registered;
 }
 
 void kepTVGain::parseGainXML()
 {
-    KEP_INFO("INFO_LOG", "Calling registerQualityParams & parseGainParams for snapshot-boot");
+    KEP_INFO("Calling registerQualityParams & parseGainParams for snapshot-boot");
     if (registerParams<&MWLGain::registerQualityParams>(mPtrGainInstance,
                                                         &kepTvParser::mQualityParamsMap) != 0)
         KEP_ERROR(kErrorId, "Failed to register quality parameters in parseGainXML");
@@ -80,7 +81,7 @@ void kepTVGain::parseGainXML()
 
 void kepTVGain::resetGainAttributes()
 {
-    KEP_INFO("INFO_LOG", "Calling setVolumeInit of Gain middleware library");
+    KEP_INFO("Calling setVolumeInit of Gain middleware library");
     if (mPtrGainInstance->setVolumeInit() != 0)
         KEP_ERROR(kErrorId, "Failed to call setVolumeInit");
 }
@@ -98,68 +99,72 @@ int kepTVGain::getResourceId(const std::string& resource, const std::string& sin
 bool kepTVGain::setInputVolume(std::string resource, std::string sink, unsigned char volume)
 {
     const int number = getResourceId(resource, sink);
-    KEP_INFO("INFO_LOG", "Updating input volume %d to inputResource %d", volume, number);
+    KEP_INFO("Updating input volume %d to inputResource %d", volume, number);
     return mPtrGainInstance->setInputVolume(number, volume) == 0;
 }
 
 bool kepTVGain::setOutputVolume(std::string soundOutput, int volume)
 {
-    KEP_INFO("INFO_LOG", "SoundOutput %s volume: %d", soundOutput.c_str(), volume);
+    KEP_INFO("SoundOutput %s volume: %d", soundOutput.c_str(), volume);
     // sic: the run of blanks belongs to the text
-    return KEP_SUCCEEDED(
-        mPtrGainInstance->setOutputVolume(soundOutput, static_cast<std::uint8_t>(volume)), kErrorId,
-        "Failed to set output volume                   SoundOutput %s volume: %d",
+    return kepSucceeded(
+        KEP_HERE, mPtrGainInstance->setOutputVolume(soundOutput, static_cast<std::uint8_t>(volume)),
+        kErrorId, "Failed to set output volume                   SoundOutput %s volume: %d",
         soundOutput.c_str(), volume);
 }
 
 bool kepTVGain::setInputGain()
 {
-    KEP_INFO("INFO_LOG", "calling setGainAsInput");
-    return KEP_SUCCEEDED(mPtrGainInstance->setGainAsInput(), kErrorId, "Failed to set input gain");
+    KEP_INFO("calling setGainAsInput");
+    return kepSucceeded(KEP_HERE, mPtrGainInstance->setGainAsInput(), kErrorId,
+                        "Failed to set input gain");
 }
 
 bool kepTVGain::registerAudioVideoInfo()
 {
-    KEP_INFO("INFO_LOG", "Calling registerAvParams");
-    return KEP_SUCCEEDED(registerParams<&MWLGain::registerAvParams>(mPtrGainInstance,
-                                                                    &kepTvParser::mAvParamsMap),
-                         kErrorId, "Failed to register audio video parameters") &&
+    KEP_INFO("Calling registerAvParams");
+    return kepSucceeded(KEP_HERE,
+                        registerParams<&MWLGain::registerAvParams>(mPtrGainInstance,
+                                                                   &kepTvParser::mAvParamsMap),
+                        kErrorId, "Failed to register audio video parameters") &&
            setInputGain();
 }
 
 bool kepTVGain::setAencGain()
 {
-    KEP_INFO("INFO_LOG", "calling setAencVolume");
-    return KEP_SUCCEEDED(mPtrGainInstance->setAencVolume(), kErrorId, "Failed to set AENC gain");
+    KEP_INFO("calling setAencVolume");
+    return kepSucceeded(KEP_HERE, mPtrGainInstance->setAencVolume(), kErrorId,
+                        "Failed to set AENC gain");
 }
 
 bool kepTVGain::registerAudioVideoInfoForEncoder()
 {
-    KEP_INFO("INFO_LOG", "Calling registerAencAvParams For Encoder");
-    return KEP_SUCCEEDED(registerParams<&MWLGain::registerAencAvParams>(
-                             mPtrGainInstance, &kepTvParser::mAencAvParamsMap),
-                         kErrorId, "Failed to register audio video parameters") &&
+    KEP_INFO("Calling registerAencAvParams For Encoder");
+    return kepSucceeded(KEP_HERE,
+                        registerParams<&MWLGain::registerAencAvParams>(
+                            mPtrGainInstance, &kepTvParser::mAencAvParamsMap),
+                        kErrorId, "Failed to register audio video parameters") &&
            setAencGain();
 }
 
 std::string kepTVGain::getGainAsInput(std::string gainType, std::string soundOutput)
 {
-    KEP_INFO("INFO_LOG",
-             "Calling getGainAsInput of Gain middleware library : type =%s, soundOutput =%s",
+    KEP_INFO("Calling getGainAsInput of Gain middleware library : type =%s, soundOutput =%s",
              gainType.c_str(), soundOutput.c_str());
     const MWL_GAIN_TYPE_T type = gainTypeOf(gainType);
     KEP_DEBUG("Calling getGainAsInput with - %u", type);
     std::string gain = mPtrGainInstance->getGainAsInput(type, soundOutput);
     if (gain.empty())
         KEP_ERROR(kErrorId, "Failed to get Gain Value");
-    KEP_INFO("INFO_LOG", "getGainAsInput returned gain value = %s", gain.c_str());
+    KEP_INFO("getGainAsInput returned gain value = %s", gain.c_str());
     return gain;
 }
 
-void kepTVGain::setAudioDescriptionVolume(int volume, const kepLogOrigin& origin)
+void kepTVGain::setAudioDescriptionVolume(int volume)
 {
     if (mPtrGainInstance->setAudioDescriptionVolume(volume) != 0)
-        KEP_LOG_AS(origin, kLogError, kErrorId, "Failed to set audioDescriptionVolume %d", volume);
+        KEP_ERROR_AS(KEP_HERE.as("setGainSettings"), kErrorId,
+                     "Failed to set audioDescriptionVolume %d", volume);
 }
 
 void kepTVGain::setGainSettings(JValue settings)
@@ -174,8 +179,7 @@ void kepTVGain::setGainSettings(JValue settings)
             KEP_ERROR(kErrorId, "audio description volume key not present in map");
         } else {
             const int volume = std::stoi(stored);
-            KEP_INFO("INFO_LOG", "setting audioDescription volume to gain middleware library is %d",
-                     volume);
+            KEP_INFO("setting audioDescription volume to gain middleware library is %d", volume);
             setAudioDescriptionVolume(volume);
         }
     }
@@ -187,6 +191,6 @@ void kepTVGain::setGainSettings(JValue settings)
     if (settings.hasKey(key::kAutoVolume.name)) {
         KEP_DEBUG("Calling setGainAsInput when autoVolume key changes");
         if (setInputGain())
-            KEP_INFO("INFO_LOG", "Call setGainAsInput is success when autoVolume key changes");
+            KEP_INFO("Call setGainAsInput is success when autoVolume key changes");
     }
 }

@@ -65,7 +65,7 @@ public:
 private:
     kepTVGain() = default;
 
-    void setAudioDescriptionVolume(int volume, const kepLogOrigin& origin = KEP_CALLER);
+    void setAudioDescriptionVolume(int volume);
 
     mwl_gain::MWLGain* mPtrGainInstance = nullptr; // set once, read by the worker, too
 };

@@ -46,7 +46,7 @@ struct KeyedHandler {
 // clang-format off
 constexpr KeyedHandler kKeyedHandlers[] = {
     // handler                         key                    value                                                         subject
-    {"setSoundModeSettings",           "soundMode",           Text{&MwlSeInterface::setSoundMode},                          "setSoundMode"}, // sic
+    {"setSoundModeSettings",           "soundMode",           Text{&MwlSeInterface::setSoundMode},                          "setSoundMode"}, // sic: the operation's name
     {"setSmartSoundModeSettings",      "smartSoundMode",      Switch{&MwlSeInterface::setSmartSoundMode},                   "smartSoundMode"},
     {"setAutoVolumeSettings",          "autoVolume",          Switch{&MwlSeInterface::setAutoVolume},                       "autoVolume"},
     {"setVirtualSurroundSettings",     "virtualSurround",     Switch{&MwlSeInterface::setVirtualSurround},                  "virtualSurround"},
@@ -114,11 +114,11 @@ void apply(MwlSeInterface& engine, const KeyedHandler& handler, const JValue& pa
         std::visit([&](const auto& value) { return call(engine, value, given); }, handler.value);
     const kepLogOrigin origin = KEP_HERE.as(handler.name);
     if (status != 0)
-        KEP_LOG_AS(origin, kLogError, kErrorId, "Failed to set %s%s", handler.subject,
-                   suffix(handler, given).c_str());
+        KEP_ERROR_AS(origin, kErrorId, "Failed to set %s%s", handler.subject,
+                     suffix(handler, given).c_str());
     else
-        KEP_LOG_AS(origin, kLogDebug, "", "set %s successfully%s", handler.subject,
-                   suffix(handler, given).c_str());
+        KEP_DEBUG_AS(origin, "set %s successfully%s", handler.subject,
+                     suffix(handler, given).c_str());
 }
 
 } // namespace
@@ -138,24 +138,25 @@ bool kepTVSoundEngine::initSoundEngine()
 {
     if (mPtrSoundEngineInstance == nullptr)
         mPtrSoundEngineInstance = MwlSeInterface::getInstance();
-    KEP_INFO("INFO_LOG", "mPtrSoundEngineInstance is Initialised");
+    KEP_INFO("mPtrSoundEngineInstance is Initialised");
     return true;
 }
 
 bool kepTVSoundEngine::initSoundEngineAttributes()
 {
     const bool registered =
-        KEP_SUCCEEDED(registerParams<&MwlSeInterface::registerQualityParams>(
-                          mPtrSoundEngineInstance, &kepTvParser::mQualityParamsMap),
-                      kErrorId, "Failed to register quality Parameters for sound engine instance");
-    return KEP_SUCCEEDED(mPtrSoundEngineInstance->initialize(), kErrorId,
-                         "Failed to initialize for sound engine instance") &&
+        kepSucceeded(KEP_HERE,
+                     registerParams<&MwlSeInterface::registerQualityParams>(
+                         mPtrSoundEngineInstance, &kepTvParser::mQualityParamsMap),
+                     kErrorId, "Failed to register quality Parameters for sound engine instance");
+    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->initialize(), kErrorId,
+                        "Failed to initialize for sound engine instance") &&
            registered;
 }
 
 void kepTVSoundEngine::registerAudioVideoInfo()
 {
-    KEP_INFO("INFO_LOG", "Calling registerAvParams");
+    KEP_INFO("Calling registerAvParams");
     if (registerParams<&MwlSeInterface::registerAvParams>(mPtrSoundEngineInstance,
                                                           &kepTvParser::mAvParamsMap) != 0)
         KEP_ERROR(kErrorId, "Failed to register audio video parameters");
@@ -163,49 +164,49 @@ void kepTVSoundEngine::registerAudioVideoInfo()
 
 bool kepTVSoundEngine::setSoundOutputVolume(const int& volume)
 {
-    KEP_INFO("INFO_LOG", "Setting OSD volume %d", volume);
-    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setOSDVolume(volume), kErrorId,
-                         "Failed to set OSD volume %d of sound engine library", volume);
+    KEP_INFO("Setting OSD volume %d", volume);
+    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setOSDVolume(volume), kErrorId,
+                        "Failed to set OSD volume %d of sound engine library", volume);
 }
 
 bool kepTVSoundEngine::setImmersiveFormat(const std::string& format)
 {
-    KEP_INFO("INFO_LOG", "Setting immersive info  immersiveFormat %s", format.c_str()); // sic
-    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setImmersiveInfo(format), kErrorId,
-                         "Failed to set Immersive Format %s", format.c_str());
+    KEP_INFO("Setting immersive info  immersiveFormat %s", format.c_str()); // sic
+    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setImmersiveInfo(format), kErrorId,
+                        "Failed to set Immersive Format %s", format.c_str());
 }
 
 bool kepTVSoundEngine::setEqualizerStatus(const std::string& status)
 {
-    KEP_INFO("INFO_LOG", "Setting Instart Audio EQ %s", status.c_str());
-    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setInstartAudioEQ(status == "on"), kErrorId,
-                         "Failed to set audio equalizer as %s", status.c_str());
+    KEP_INFO("Setting Instart Audio EQ %s", status.c_str());
+    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setInstartAudioEQ(status == "on"),
+                        kErrorId, "Failed to set audio equalizer as %s", status.c_str());
 }
 
 bool kepTVSoundEngine::setSoundEngineStatus(const std::string& status)
 {
-    KEP_INFO("INFO_LOG", "Setting Instart SoundEngine %s", status.c_str());
-    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setInstartSoundEngine(status == "on"), kErrorId,
-                         "Failed to set sound engine status as %s", status.c_str());
+    KEP_INFO("Setting Instart SoundEngine %s", status.c_str());
+    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setInstartSoundEngine(status == "on"),
+                        kErrorId, "Failed to set sound engine status as %s", status.c_str());
 }
 
 bool kepTVSoundEngine::setDolbyAtmos(const std::string& status)
 {
-    KEP_INFO("INFO_LOG", "Setting Dolby Atmos State %s", status.c_str());
-    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setDolbyAtmos(status == "on"), kErrorId,
-                         "Failed to set Dolby Atmos as %s", status.c_str());
+    KEP_INFO("Setting Dolby Atmos State %s", status.c_str());
+    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setDolbyAtmos(status == "on"), kErrorId,
+                        "Failed to set Dolby Atmos as %s", status.c_str());
 }
 
 bool kepTVSoundEngine::setForcedDolbyAtmos(const bool& on)
 {
-    KEP_INFO("INFO_LOG", "setForcedDolbyAtmos %d", on);
-    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setForcedDolbyAtmos(on), kErrorId,
-                         "Failed to set forced Dolby Atmos as %d", on);
+    KEP_INFO("setForcedDolbyAtmos %d", on);
+    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setForcedDolbyAtmos(on), kErrorId,
+                        "Failed to set forced Dolby Atmos as %d", on);
 }
 
 bool kepTVSoundEngine::setMagicSpaceSound(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Setting MagicSpace SoundParams %s", payload.stringify().c_str());
+    KEP_INFO("Setting MagicSpace SoundParams %s", payload.stringify().c_str());
     if (!payload.hasKey(key::kSoundSettingValues.name)) {
         KEP_ERROR(kErrorId, "No values to set magic space sound");
         return false;
@@ -213,9 +214,10 @@ bool kepTVSoundEngine::setMagicSpaceSound(JValue payload)
     std::vector<int> values;
     for (const JValue& value : payload[key::kSoundSettingValues.name].elements())
         values.push_back(value.asNumber<std::int32_t>());
-    if (!KEP_SUCCEEDED(mPtrSoundEngineInstance->setMagicSpaceSoundParams(
-                           values.data(), static_cast<int>(values.size())),
-                       kErrorId, "Failed to set magic space sound"))
+    if (!kepSucceeded(KEP_HERE,
+                      mPtrSoundEngineInstance->setMagicSpaceSoundParams(
+                          values.data(), static_cast<int>(values.size())),
+                      kErrorId, "Failed to set magic space sound"))
         return false;
     KEP_DEBUG("set magic space sound successfully");
     return true;
@@ -226,9 +228,9 @@ void kepTVSoundEngine::setOptionCategorySettings(JValue payload)
     if (!payload.hasKey(key::kStoreMode.name))
         return;
     const std::string mode = payload[key::kStoreMode.name].asString();
-    if (KEP_SUCCEEDED(mPtrSoundEngineInstance->setStoreMode(mode), kErrorId,
-                      "Failed to set Store/Home mode value as %s", mode.c_str()))
-        KEP_INFO("INFO_LOG", "set Store/Home mode successfully as %s", mode.c_str());
+    if (kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setStoreMode(mode), kErrorId,
+                     "Failed to set Store/Home mode value as %s", mode.c_str()))
+        KEP_INFO("set Store/Home mode successfully as %s", mode.c_str());
 }
 
 void kepTVSoundEngine::setSoundEngineSettings(JValue payload)
@@ -241,26 +243,28 @@ void kepTVSoundEngine::setSoundEngineSettings(JValue payload)
 
 void kepTVSoundEngine::setEqualizerStatus(JValue payload)
 {
-    applyStatus(payload, key::kEqualizerStatus.name, &kepTVSoundEngine::setEqualizerStatus);
+    applyStatus(KEP_HERE, payload, key::kEqualizerStatus.name,
+                &kepTVSoundEngine::setEqualizerStatus);
 }
 
 void kepTVSoundEngine::setSoundEngineStatus(JValue payload)
 {
-    applyStatus(payload, key::kSoundEngineStatus.name, &kepTVSoundEngine::setSoundEngineStatus);
+    applyStatus(KEP_HERE, payload, key::kSoundEngineStatus.name,
+                &kepTVSoundEngine::setSoundEngineStatus);
 }
 
-void kepTVSoundEngine::applyStatus(const JValue& payload, const char* key, StatusSetter set,
-                                   const kepLogOrigin& origin)
+void kepTVSoundEngine::applyStatus(const kepLogOrigin& origin, const JValue& payload,
+                                   const char* key, StatusSetter set)
 {
     if (!payload.isObject()) {
-        KEP_LOG_AS(origin, kLogError, "INVALID_PARAMETER", "Invalid object");
+        KEP_ERROR_AS(origin, "INVALID_PARAMETER", "Invalid object");
         return;
     }
     if (!payload.hasKey(key))
         return;
     const std::string status = payload[key].asString();
     if ((this->*set)(status))
-        KEP_LOG_AS(origin, kLogDebug, "",
-                   "set equalizerStatus for soundengine middleware successfully as %s", // sic
-                   status.c_str());
+        KEP_DEBUG_AS(origin,
+                     "set equalizerStatus for soundengine middleware successfully as %s", // sic
+                     status.c_str());
 }

@@ -60,8 +60,8 @@ private:
     using StatusSetter = bool (kepTVSoundEngine::*)(const std::string&);
     void setEqualizerStatus(JValue payload);
     void setSoundEngineStatus(JValue payload);
-    void applyStatus(const JValue& payload, const char* key, StatusSetter set,
-                     const kepLogOrigin& origin = KEP_CALLER);
+    void applyStatus(const kepLogOrigin& origin, const JValue& payload, const char* key,
+                     StatusSetter set);
 
     // Set once; the start-up worker reads it, too.
     mwl_se::MwlSeInterface* mPtrSoundEngineInstance = nullptr;

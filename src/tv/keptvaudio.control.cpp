@@ -111,6 +111,6 @@ bool kepTVAudio::setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute)
 void kepTVAudio::logWriteFailure(const char* element, const char* suffix,
                                  const kepLogOrigin& origin)
 {
-    KEP_LOG_AS(origin, kLogError, "CONTROL_ELEMENT_SET_ERROR",
-               "Did not able to set the element: %s%s", element, suffix); // sic
+    KEP_ERROR_AS(origin, "CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element: %s%s",
+                 element, suffix); // sic
 }

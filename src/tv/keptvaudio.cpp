@@ -60,7 +60,7 @@ kepTVAudio::~kepTVAudio()
 void kepTVAudio::leaveRegistry(const kepLogOrigin& origin)
 {
     kepFactory::getInstance()->UnRegister(kBackendName);
-    KEP_LOG_AS(origin, kLogDebug, "", "UnRegister kepTVAudio ...");
+    KEP_DEBUG_AS(origin, "UnRegister kepTVAudio ...");
 }
 
 void kepTVAudio::requireStarted() const
@@ -125,12 +125,12 @@ unsigned int kepTVAudio::initSpeaker()
 void kepTVAudio::setActiveState(bool active)
 {
     mActiveState = active;
-    KEP_INFO("INFO_LOG", "Setting ActiveStatus: %d", active);
+    KEP_INFO("Setting ActiveStatus: %d", active);
 }
 
 bool kepTVAudio::getActiveState() const
 {
-    KEP_INFO("INFO_LOG", "Getting ActiveStatus: %d", mActiveState);
+    KEP_INFO("Getting ActiveStatus: %d", mActiveState);
     return mActiveState;
 }
 
@@ -139,15 +139,15 @@ bool kepTVAudio::getActiveState() const
 unsigned int kepTVAudio::setQualityAttribute(JValue attribute)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "payload received is %s", attribute.stringify().c_str());
+    KEP_INFO("payload received is %s", attribute.stringify().c_str());
     if (!attribute.isObject()) {
-        KEP_INFO("INFO_LOG", "setQualityAttribute API call :attributesObject is not an Object");
+        KEP_INFO("setQualityAttribute API call :attributesObject is not an Object");
         return KEP_RESULT_FAILED;
     }
     const JValue pipelineInfo = attribute[key::kPipelineInfo.name];
     if (checkForResetValue(pipelineInfo)) {
         if (AudioVideoInfoMapVector.empty()) {
-            KEP_INFO("INFO_LOG", "AudioVideoInfo Map is empty and reset is true");
+            KEP_INFO("AudioVideoInfo Map is empty and reset is true");
             return KEP_RESULT_OK;
         }
         if (!resetPipelineInfo(pipelineInfo)) {
@@ -174,7 +174,7 @@ unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
         return KEP_RESULT_FAILED;
     }
     const std::string type = payload[key::kRequestType.name].asString();
-    KEP_INFO("INFO_LOG", "setAudioVideoCategoryInfo::RequestType = %s ", type.c_str()); // sic
+    KEP_INFO("setAudioVideoCategoryInfo::RequestType = %s ", type.c_str()); // sic
     if (payload.hasKey(key::kActiveState.name))
         setActiveState(payload[key::kActiveState.name].asBool());
     if (type == key::kAudioReport.name)
@@ -182,8 +182,7 @@ unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
     if (type == key::kVideoReport.name)
         return setVideoInputInfo(payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
     if (type == key::kConnectionReport.name && payload[key::kPipelineInfo.name].isObject()) {
-        KEP_INFO("INFO_LOG",
-                 "requestType is empty and Calling audio and video info for policy connection");
+        KEP_INFO("requestType is empty and Calling audio and video info for policy connection");
         updatePolicyConnectionCategoryInfo(payload);
         return KEP_RESULT_OK;
     }
@@ -204,16 +203,15 @@ void kepTVAudio::updatePolicyConnectionCategoryInfo(JValue payload)
     if (category.hasKey(key::kCodec.name) && mCurrentSoundout == KEP_AUDIO_ARC)
         setEarcSoundOutputDigital(getSoundOutputDigitalMode());
     if (updateAudioCategoryInfo(pipelineInfo, category))
-        KEP_INFO("INFO_LOG", "Updating the category info for audio input successful");
+        KEP_INFO("Updating the category info for audio input successful");
     if (updateVideoCategoryInfo(pipelineInfo, category))
-        KEP_INFO("INFO_LOG",
-                 "Updating the video category info for audio input successful"); // sic
+        KEP_INFO("Updating the video category info for audio input successful"); // sic
     if (mPtrTVGain->registerAudioVideoInfo())
-        KEP_INFO("INFO_LOG", "Successfully called registerAvParams of gain middleware");
+        KEP_INFO("Successfully called registerAvParams of gain middleware");
     if (mPtrTVGain->registerAudioVideoInfoForEncoder())
-        KEP_INFO("INFO_LOG", "Successfully called registerAvParams for encoder of gain middleware");
+        KEP_INFO("Successfully called registerAvParams for encoder of gain middleware");
     if (mPtrTVDelay->registerAudioVideoInfo())
-        KEP_INFO("INFO_LOG", "Successfully called registerAvParams of delay middleware");
+        KEP_INFO("Successfully called registerAvParams of delay middleware");
     mPtrTVSoundEngine->registerAudioVideoInfo();
 }
 
@@ -222,8 +220,7 @@ void kepTVAudio::updatePolicyConnectionCategoryInfo(JValue payload)
 unsigned int kepTVAudio::setSettings(std::string category, JValue payload)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "category %s Payload received is %s", category.c_str(),
-             payload.stringify().c_str());
+    KEP_INFO("category %s Payload received is %s", category.c_str(), payload.stringify().c_str());
     const SettingsRow* row = findSettings(category);
     return row != nullptr && applySettings(*row, payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
 } catch (...) {

@@ -32,7 +32,7 @@ DigitalFormats::CanDecode receiverOf(const kepTVAudio& audio)
 
 bool kepTVAudio::setSoundOutputDigital(std::string mode)
 {
-    KEP_INFO("INFO_LOG", "Request to set digital mode as %s", mode.c_str());
+    KEP_INFO("Request to set digital mode as %s", mode.c_str());
     const bool done =
         write(kSndoutSpdifOutputType, {getSoundOutputOpticMode(mode), getSoundOutputArcMode(mode)});
     if (!done)
@@ -46,11 +46,11 @@ bool kepTVAudio::setSoundOutputDigital(std::string mode)
 std::string kepTVAudio::getSoundOutputDigitalMode() const
 {
     if (mCurrentSoundout != KEP_AUDIO_SPDIF && mCurrentSoundout != KEP_AUDIO_ARC) {
-        KEP_INFO("INFO_LOG", "Setting digital mode as %s, since its not optical or arc", "pcm");
+        KEP_INFO("Setting digital mode as %s, since its not optical or arc", "pcm");
         return "pcm";
     }
     std::string mode = qualityParam(key::kSoundOutputDigital.name).value_or("");
-    KEP_INFO("INFO_LOG", "Setting digital mode as %s", mode.c_str());
+    KEP_INFO("Setting digital mode as %s", mode.c_str());
     return mode;
 }
 
@@ -63,7 +63,7 @@ bool kepTVAudio::reapplyDigitalMode()
 
 int kepTVAudio::getSoundOutputOpticMode(std::string mode) const
 {
-    KEP_INFO("INFO_LOG", "Get SoundOutputMode for Optic digitalMode %s ", mode.c_str()); // sic
+    KEP_INFO("Get SoundOutputMode for Optic digitalMode %s ", mode.c_str()); // sic
     const int number = digitalFormats().optic(mode);
     KEP_DEBUG("Optic digital mode %d", number);
     return number;
@@ -71,7 +71,7 @@ int kepTVAudio::getSoundOutputOpticMode(std::string mode) const
 
 int kepTVAudio::getSoundOutputArcMode(std::string mode) const
 {
-    KEP_INFO("INFO_LOG", "Get SoundOutputMode for ARC digitalMode %s ", mode.c_str()); // sic
+    KEP_INFO("Get SoundOutputMode for ARC digitalMode %s ", mode.c_str()); // sic
     const int number = digitalFormats().arc(mode);
     KEP_DEBUG("Arc digital mode %d", number);
     return number;
@@ -127,9 +127,8 @@ bool kepTVAudio::setEarcSoundOutputDigital(std::string mode)
 bool kepTVAudio::setEArcOutputType(sndout_earc_output_codec_type codec,
                                    sndout_earc_output_mix_option mix)
 {
-    KEP_INFO("INFO_LOG", "set codec type: %d for earc output type and mixer value is %d", codec,
-             mix);
-    return writeOrLog(kSndoutEarcOutputType,
+    KEP_INFO("set codec type: %d for earc output type and mixer value is %d", codec, mix);
+    return writeOrLog(KEP_HERE, kSndoutEarcOutputType,
                       {2, static_cast<std::int32_t>(codec), 0, 0, static_cast<std::int32_t>(mix)});
 }
 
@@ -144,7 +143,7 @@ bool kepTVAudio::setEArcOutputTypeForPassThrough()
 bool kepTVAudio::checkReEncodePriority()
 {
     const DigitalFormats formats = digitalFormats();
-    KEP_INFO("INFO_LOG", "input codec value is %s", formats.codec.c_str());
+    KEP_INFO("input codec value is %s", formats.codec.c_str());
     if (formats.isDts())
         return setEArcOutputTypeForDTS();
     return formats.isJapan() ? setDolbyForJP() : setDolbyForNonJP();
@@ -180,7 +179,7 @@ std::string kepTVAudio::getInputCodecType() const
 bool kepTVAudio::isInputCodecPCM() const
 {
     const DigitalFormats formats = digitalFormats();
-    KEP_INFO("INFO_LOG", "input codec value is %s", formats.codec.c_str());
+    KEP_INFO("input codec value is %s", formats.codec.c_str());
     return formats.isPcm();
 }
 
@@ -189,7 +188,7 @@ bool kepTVAudio::isEarcCapabilityAvailable(std::string codec) const
     bool available = false;
     for (const JValue& capability : mEarcCapability.elements())
         available = available || capability.asString() == codec;
-    KEP_INFO("INFO_LOG", "Is earc capability available: %d for %s", available, codec.c_str());
+    KEP_INFO("Is earc capability available: %d for %s", available, codec.c_str());
     return available;
 }
 
@@ -201,7 +200,7 @@ bool kepTVAudio::updateEarcCapability(JValue capability)
 
 void kepTVAudio::updateCodecImmersiveFormat(const AudioVideoInfo& pipeline)
 {
-    KEP_INFO("INFO_LOG", "Called updateCodecImmersiveFormat to update codec and immersive format");
+    KEP_INFO("Called updateCodecImmersiveFormat to update codec and immersive format");
     const auto immersive = pipeline.find("immersive");
     if (immersive != pipeline.end())
         mPtrTVSoundEngine->setImmersiveFormat(immersive->second);
@@ -213,7 +212,7 @@ void kepTVAudio::updateCodecImmersiveFormat(const AudioVideoInfo& pipeline)
 
 bool kepTVAudio::setArcOnOff(int arc, int earc)
 {
-    KEP_INFO("INFO_LOG", "Setting SoundOut on off for ARC status: %d & eARC status: %d", arc, earc);
+    KEP_INFO("Setting SoundOut on off for ARC status: %d & eARC status: %d", arc, earc);
     if (!write(kSndoutArc, {arc})) {
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
                   "In setSoundOutArc : Did not able to set the element: %s with status %d", // sic
@@ -233,7 +232,7 @@ bool kepTVAudio::setArcOnOff(int arc, int earc)
 
 void kepTVAudio::setAtmosEncode(bool on)
 {
-    KEP_INFO("INFO_LOG", "Setting Atmos Encode value is %d", on);
+    KEP_INFO("Setting Atmos Encode value is %d", on);
     if (!write(kSndoutAtmosEncode, {on ? 1 : 0}))
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
                   "In setAtmosEncode : Did not able to set the element with atmos value %d", // sic
@@ -242,8 +241,7 @@ void kepTVAudio::setAtmosEncode(bool on)
 
 void kepTVAudio::setAtmosEncodeForARCProfile(std::string profile, std::string activation)
 {
-    KEP_INFO("INFO_LOG",
-             "setAtmosEncodeForARCProfile:: arcProfileValue is %s and arcActivationStatus is %s",
+    KEP_INFO("setAtmosEncodeForARCProfile:: arcProfileValue is %s and arcActivationStatus is %s",
              profile.c_str(), activation.c_str());
     if (activation == "ARC")
         setAtmosEncode(profile == "ATMOS");
@@ -251,8 +249,7 @@ void kepTVAudio::setAtmosEncodeForARCProfile(std::string profile, std::string ac
 
 void kepTVAudio::setAtmosEncodeForEARCProfile(bool atmos, std::string activation)
 {
-    KEP_INFO("INFO_LOG",
-             "setAtmosEncodeForEARCProfile:: eArcAtmosValue is %d and arcActivationStatus is %s",
+    KEP_INFO("setAtmosEncodeForEARCProfile:: eArcAtmosValue is %d and arcActivationStatus is %s",
              atmos, activation.c_str());
     if (activation == "eARC")
         setAtmosEncode(atmos);
@@ -260,8 +257,8 @@ void kepTVAudio::setAtmosEncodeForEARCProfile(bool atmos, std::string activation
 
 bool kepTVAudio::setOTTAdecMode(bool ott, bool atmosLock)
 {
-    KEP_INFO("INFO_LOG", "Setting OTT mode isOTTEnable %d isATMOSLockingEnable %d", ott, atmosLock);
-    return writeOrLog(kAdecDolbyOttMode, {ott ? 1 : 0, atmosLock ? 1 : 0});
+    KEP_INFO("Setting OTT mode isOTTEnable %d isATMOSLockingEnable %d", ott, atmosLock);
+    return writeOrLog(KEP_HERE, kAdecDolbyOttMode, {ott ? 1 : 0, atmosLock ? 1 : 0});
 }
 
 // --- Category code and copy status
@@ -276,9 +273,9 @@ void kepTVAudio::setBroadcastSystem()
         KEP_ERROR("INVALID_PARAMETER", "%s is not available. Failed to set Broadcast System", kKey);
         return;
     }
-    KEP_INFO("INFO_LOG", "setBroadcastSystem broadcastSystemValue %s", system->c_str());
+    KEP_INFO("setBroadcastSystem broadcastSystemValue %s", system->c_str());
     const int code = numberOf(*system, listOf(key::kCategoryCodes));
-    writeOrLog(kSndoutSpdifCategoryCode, {code, code});
+    writeOrLog(KEP_HERE, kSndoutSpdifCategoryCode, {code, code});
 }
 
 int kepTVAudio::getSoundOutOpticCopyValue(std::string copyright) const
@@ -305,8 +302,7 @@ bool kepTVAudio::isValidCopyright(std::string copyright) const
 
 bool kepTVAudio::setSpdifSecurity(std::string copyright)
 {
-    KEP_INFO("INFO_LOG", "setSpdifSecurity for scms api with copyright value as %s",
-             copyright.c_str());
+    KEP_INFO("setSpdifSecurity for scms api with copyright value as %s", copyright.c_str());
     if (!write(kSndoutSpdifCopy,
                {getSoundOutOpticCopyValue(copyright), getSoundOutArcCopyValue(copyright)})) {
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",

@@ -360,9 +360,8 @@ protected:
     }
     /// The same, with the failure logged for the caller; `suffix` says where, after a blank.
     template <std::size_t Count>
-    static bool writeOrLog(const ControlElement<Count>& element,
-                           const std::int32_t (&values)[Count], const char* suffix = "",
-                           const kepLogOrigin& origin = KEP_CALLER)
+    static bool writeOrLog(const kepLogOrigin& origin, const ControlElement<Count>& element,
+                           const std::int32_t (&values)[Count], const char* suffix = "")
     {
         if (write(element, values))
             return true;
@@ -392,16 +391,16 @@ protected:
     /// Makes the steps in order, up to the first failure.
     bool runSteps(const OutputSequence& sequence, KEP_AUDIO_SNDOUT_T output);
     bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const OutputSequence& sequence);
-    void guardHeadphone(KEP_AUDIO_SNDOUT_T output, const kepLogOrigin& origin);
-    bool unguardHeadphone(const kepLogOrigin& origin);
+    void guardHeadphone(KEP_AUDIO_SNDOUT_T output);
+    bool unguardHeadphone();
 
     // --- Headphone. The reasons to mute and the timer are also used by the start-up worker.
     /// Starts the timer that lets the headphone be unmuted; false when one is pending already.
     bool startUnmuteTimer(int (*callback)(void*));
-    static bool endUnmuteTimer(const char* line, const kepLogOrigin& origin = KEP_CALLER);
+    static bool endUnmuteTimer(const kepLogOrigin& origin, const char* line);
     /// All that decides about a mute, as it stands now.
     HeadphoneMute headphoneMute() const;
-    bool isUnmuteHeldBack(bool mute, const kepLogOrigin& origin = KEP_CALLER) const;
+    bool isUnmuteHeldBack(const kepLogOrigin& origin, bool mute) const;
 
     // --- Digital outputs
     /// A parameter of the settings, or of the current pipeline; empty when there is none.
@@ -420,9 +419,10 @@ protected:
     // --- Start-up
     /// A copy, for whatever thread.
     std::vector<KEP_AUDIO_RESOURCE_T> connectedResources() const;
-    void launchStartup(const kepLogOrigin& origin);
-    void retryInitialGains(const kepLogOrigin& origin);
-    void muteHeadphoneOnColdStart(const kepLogOrigin& origin);
+    /// Whether the three conditions of the start-up hold; they are to be met anew then.
+    bool beginsStartup();
+    void retryInitialGains();
+    void muteHeadphoneOnColdStart();
 
     // --- Pipelines and settings
     static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
@@ -430,15 +430,14 @@ protected:
     /// there is none.
     std::size_t nextPipeline(const std::string& pipelineId, std::size_t from) const;
     void refreshPipelineIdHash(std::size_t position) const;
-    std::optional<std::size_t> findAudioPipeline(const JValue& pipelineInfo,
-                                                 const kepLogOrigin& origin = KEP_CALLER) const;
+    std::optional<std::size_t> findAudioPipeline(const JValue& pipelineInfo) const;
     static bool isRecording(const std::string& purpose);
     // `changed`: whether the map differs from what the middleware's parameters have been set to.
     void adoptPipeline(const AudioVideoInfo& pipeline, bool changed);
-    void applyPurpose(const std::string& purpose, const AudioVideoInfo& pipeline, bool changed,
-                      const kepLogOrigin& origin = KEP_CALLER);
-    void useAsCurrentPipeline(const AudioVideoInfo& pipeline, bool changed,
-                              const kepLogOrigin& origin = KEP_CALLER);
+    void applyPurpose(const kepLogOrigin& origin, const std::string& purpose,
+                      const AudioVideoInfo& pipeline, bool changed);
+    void useAsCurrentPipeline(const kepLogOrigin& origin, const AudioVideoInfo& pipeline,
+                              bool changed);
     static bool isOfCategory(const JValue& stored, const std::string& category);
 
     // --- Dispatch of settings (keptvaudiosettings.cpp)

@@ -20,6 +20,8 @@ namespace
 
 constexpr const char* kHeadphoneLine = "GPIO_RD_HP_LINK";
 constexpr unsigned int kUnmuteDelayMs = 5000;
+constexpr const char* kTimerStarted = // names the delay
+    "Bootup, muting headphone to avoid noise. Timer is started for 5 sec";
 constexpr unsigned int kClaimedTimer = ~0U; // pending, its GLib source not yet known
 constexpr unsigned int kSoundSyncOffPauseUs = 50'000;
 
@@ -70,16 +72,15 @@ HeadphoneMute kepTVAudio::headphoneMute() const
 bool kepTVAudio::isValidHeadphoneMute(bool mute) const
 {
     const HeadphoneMute now = headphoneMute();
-    KEP_INFO("INFO_LOG", "%s check %d %d %d", __func__, now.byCaller, now.byDetection,
-             now.byPowerState);
+    KEP_INFO("%s check %d %d %d", __func__, now.byCaller, now.byDetection, now.byPowerState);
     return now.reasonsAllow(mute);
 }
 
 bool kepTVAudio::executeMuteHeadphone(bool mute)
 {
-    KEP_INFO("INFO_LOG", "Called execute muteHeadphone muteStatus %d", mute);
+    KEP_INFO("Called execute muteHeadphone muteStatus %d", mute);
     if (!isValidHeadphoneMute(mute)) {
-        KEP_INFO("INFO_LOG", "Headphone mute is not valid");
+        KEP_INFO("Headphone mute is not valid");
         return true;
     }
     bool done = true;
@@ -102,36 +103,45 @@ bool kepTVAudio::startUnmuteTimer(int (*callback)(void*))
     return true;
 }
 
-bool kepTVAudio::isUnmuteHeldBack(bool mute, const kepLogOrigin& origin) const
+bool kepTVAudio::isUnmuteHeldBack(const kepLogOrigin& origin, bool mute) const
 {
     switch (headphoneMute().askTimer(mute)) {
     case TimerAnswer::Passes:
         return false;
     case TimerAnswer::HeldBack:
-        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
-                   "To avoid noise Headphone timer is running, so skip headphone unmute");
+        KEP_INFO_AS(origin, "To avoid noise Headphone timer is running, so skip headphone unmute");
         return true;
     case TimerAnswer::NeverRanOut:
-        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
-                   "Headphone timer has not been make yet, so skip headphone unmute"); // sic
+        KEP_INFO_AS(origin,
+                    "Headphone timer has not been make yet, so skip headphone unmute"); // sic
         return true;
     }
     return false;
 }
 
+void kepTVAudio::muteHeadphoneOnColdStart()
+{
+    const kepLogOrigin origin = KEP_HERE.as("startXmlParsing");
+    if (!setMuteHeadphone(/*mute=*/true))
+        return;
+    KEP_INFO_AS(origin, "Snapshot Bootup, muting headphone to avoid noise during AC on");
+    if (startUnmuteTimer(&_headphoneUnmuteAcOnCallback))
+        KEP_INFO_AS(origin, "%s", kTimerStarted);
+}
+
 bool kepTVAudio::setMuteHeadphone(bool mute)
 {
-    KEP_INFO("INFO_LOG", "Called setMuteHeadphone muteStatus %d", mute);
+    KEP_INFO("Called setMuteHeadphone muteStatus %d", mute);
     mHeadphoneMuteStatus = mute;
-    KEP_INFO("INFO_LOG", "Called setMuteHeadphone mHeadphoneMuteStatus %d", mute);
-    return isUnmuteHeldBack(mute) || executeMuteHeadphone(mute);
+    KEP_INFO("Called setMuteHeadphone mHeadphoneMuteStatus %d", mute);
+    return isUnmuteHeldBack(KEP_HERE, mute) || executeMuteHeadphone(mute);
 }
 
 bool kepTVAudio::setHeadphoneDetectionMute(bool mute)
 {
-    KEP_INFO("INFO_LOG", "Called setHeadphoneDetectionMute muteStatus %d", mute);
+    KEP_INFO("Called setHeadphoneDetectionMute muteStatus %d", mute);
     mHeadphoneDetectionMute = mute;
-    if (isUnmuteHeldBack(mute))
+    if (isUnmuteHeldBack(KEP_HERE, mute))
         return true;
     executeMuteExtSpeaker(mute);
     return executeMuteHeadphone(mute);
@@ -140,7 +150,7 @@ bool kepTVAudio::setHeadphoneDetectionMute(bool mute)
 bool kepTVAudio::setHeadphoneDetectionMute(JValue payload)
 {
     const bool mute = payload[key::kMute.name].asBool();
-    KEP_INFO("INFO_LOG", "Setting headphone detection mute to %d", mute);
+    KEP_INFO("Setting headphone detection mute to %d", mute);
     return payload.hasKey(key::kMute.name) && setHeadphoneDetectionMute(mute);
 }
 
@@ -152,7 +162,7 @@ bool kepTVAudio::setPowerStateMute(JValue payload)
         return true;
     const std::string name = payload[key::kMutedOutput.name].asString();
     const bool mute = payload[key::kMute.name].asBool();
-    KEP_INFO("INFO_LOG", "Setting powerState mute to %d on soundOutputType %s", mute, name.c_str());
+    KEP_INFO("Setting powerState mute to %d on soundOutputType %s", mute, name.c_str());
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(name);
     mPowerStateHeadphoneMute = mute;
     switch (powerStateMuteOf(output)) {
@@ -173,7 +183,7 @@ bool kepTVAudio::setPowerStateMute(JValue payload)
 
 bool kepTVAudio::setPowerStateTvSpeakerMute(KEP_AUDIO_SNDOUT_T output, bool mute)
 {
-    KEP_INFO("INFO_LOG", "setPowerStateTvSpeakerMute soundOutResourceId %d", output);
+    KEP_INFO("setPowerStateTvSpeakerMute soundOutResourceId %d", output);
     bool done = setMuteControlElement(KEP_AUDIO_SPK, mute); // whatever the output
     if (done && mOutputVolume != 0)
         mPtrTVAmplifier->setAmplifierMute(mute);
@@ -187,16 +197,16 @@ bool kepTVAudio::setPowerStateTvSpeakerMute(KEP_AUDIO_SNDOUT_T output, bool mute
 
 bool kepTVAudio::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute)
 {
-    KEP_INFO("INFO_LOG", "setPowerStateHeadphoneMute soundOutResourceId %d", output);
+    KEP_INFO("setPowerStateHeadphoneMute soundOutResourceId %d", output);
     if (mIsPrepareResume && !mute) {
-        KEP_INFO("INFO_LOG", "Prepare resume is in progress, so started headphone unmute timer");
+        KEP_INFO("Prepare resume is in progress, so started headphone unmute timer");
         mPopNoiseSoundOutput = output;
         mIsPrepareResume = false;
         startUnmuteTimer(&_resetHeadphoneUnmuteTimerCallback);
         return true;
     }
     const bool withSpeaker = isSpeakerAndHeadphone(output);
-    if (isUnmuteHeldBack(mute)) {
+    if (isUnmuteHeldBack(KEP_HERE, mute)) {
         if (withSpeaker)
             setMuteControlElement(KEP_AUDIO_SPK, mute); // the speaker need not wait
         return false;
@@ -214,12 +224,12 @@ bool kepTVAudio::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute
 // --- Timers
 
 /// Ends the pending timer; false when there is none.
-bool kepTVAudio::endUnmuteTimer(const char* line, const kepLogOrigin& origin)
+bool kepTVAudio::endUnmuteTimer(const kepLogOrigin& origin, const char* line)
 {
     const unsigned int timer = mHeadphoneUnmuteTimerID;
     if (timer == 0)
         return false;
-    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "%s", line);
+    KEP_INFO_AS(origin, "%s", line);
     if (timer != kClaimedTimer)
         g_source_remove(timer);
     mHeadphoneUnmuteTimerID = 0;
@@ -229,9 +239,10 @@ bool kepTVAudio::endUnmuteTimer(const char* line, const kepLogOrigin& origin)
 
 int kepTVAudio::_resetHeadphoneUnmuteTimerCallback(void* backend)
 try {
-    KEP_INFO("INFO_LOG", "In _resetHeadphoneUnmuteTimerCallback");
+    KEP_INFO("In _resetHeadphoneUnmuteTimerCallback");
     auto* audio = static_cast<kepTVAudio*>(backend);
-    if (endUnmuteTimer("Headphone Unmute Timer will be removed while timeout") && audio != nullptr)
+    if (endUnmuteTimer(KEP_HERE, "Headphone Unmute Timer will be removed while timeout") &&
+        audio != nullptr)
         audio->setPowerStateHeadphoneMute(audio->getPopNoiseSoundOutput(), /*mute=*/false);
     return G_SOURCE_REMOVE;
 } catch (...) {
@@ -240,10 +251,10 @@ try {
 
 int kepTVAudio::_headphoneUnmuteAcOnCallback(void* backend)
 try {
-    KEP_INFO("INFO_LOG", "In _headphoneUnmuteAcOnCallback");
+    KEP_INFO("In _headphoneUnmuteAcOnCallback");
     auto* audio = static_cast<kepTVAudio*>(backend);
-    if (endUnmuteTimer("Headphone Unmute Timer will be removed during AC On") && audio != nullptr &&
-        OutputMembers{audio->mCurrentSoundout}.contains(KEP_AUDIO_HP))
+    if (endUnmuteTimer(KEP_HERE, "Headphone Unmute Timer will be removed during AC On") &&
+        audio != nullptr && OutputMembers{audio->mCurrentSoundout}.contains(KEP_AUDIO_HP))
         audio->setMuteHeadphone(/*mute=*/false);
     return G_SOURCE_REMOVE;
 } catch (...) {
@@ -270,19 +281,18 @@ bool kepTVAudio::setQNSoundbarState(JValue payload)
 
 bool kepTVAudio::setPowerOnOffQNSoundSync(std::string state)
 {
-    KEP_INFO("INFO_LOG", "setPowerOnOffQNSoundSync, power state is %s", state.c_str());
+    KEP_INFO("setPowerOnOffQNSoundSync, power state is %s", state.c_str());
     if (mCurrentSoundout != KEP_AUDIO_QN_SOUND_SYNC) {
         KEP_INFO(
-            "INFO_LOG",
             "SOUNDOUT_OPTICQN_POWER ON/OFF is not set, since QNSoundSync is not current soundout");
         return false;
     }
     const bool done =
-        writeOrLog(kSndoutOpticQn,
+        writeOrLog(KEP_HERE, kSndoutOpticQn,
                    {kOpticQnKey, mOutputVolume, mOutputMuteStatus ? 1 : 0, state == "on" ? 1 : 0},
                    " for QN SOUND SYNC");
     if (done)
-        KEP_INFO("INFO_LOG", "Set SOUNDOUT_OPTICQN_POWER ON/OFF is success");
+        KEP_INFO("Set SOUNDOUT_OPTICQN_POWER ON/OFF is success");
     if (state == "off")
         g_usleep(kSoundSyncOffPauseUs); // the sound bar has to see it before the light goes
     return done;
@@ -290,25 +300,25 @@ bool kepTVAudio::setPowerOnOffQNSoundSync(std::string state)
 
 bool kepTVAudio::setOpticLightOnOff(std::string state)
 {
-    KEP_INFO("INFO_LOG", "setOpticLightOnOff, power state is %s", state.c_str());
+    KEP_INFO("setOpticLightOnOff, power state is %s", state.c_str());
     if (!hasOpticalLight(mCurrentSoundout)) {
-        KEP_INFO("INFO_LOG", "SPDIF_LIGHT ON/OFF is not set, since not supported soundout");
+        KEP_INFO("SPDIF_LIGHT ON/OFF is not set, since not supported soundout");
         return true;
     }
-    if (!writeOrLog(kSndoutOpticLight, {state == "opticLightOn" ? 1 : 0}))
+    if (!writeOrLog(KEP_HERE, kSndoutOpticLight, {state == "opticLightOn" ? 1 : 0}))
         return false;
-    KEP_INFO("INFO_LOG", "Set SPDIF_LIGHT ON/OFF is success");
+    KEP_INFO("Set SPDIF_LIGHT ON/OFF is success");
     return true;
 }
 
 void kepTVAudio::setSupportBnoModel(bool supported)
 {
     mSupportBnoModel = supported;
-    KEP_INFO("INFO_LOG", "Setting support bno model: %d", supported);
+    KEP_INFO("Setting support bno model: %d", supported);
 }
 
 bool kepTVAudio::getSupportBnoModel() const
 {
-    KEP_INFO("INFO_LOG", "Getting support bno model: %d", mSupportBnoModel);
+    KEP_INFO("Getting support bno model: %d", mSupportBnoModel);
     return mSupportBnoModel;
 }

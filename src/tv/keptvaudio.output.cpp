@@ -34,7 +34,7 @@ unsigned int kepTVAudio::setSoundOutput(std::string soundOutput)
 try {
     requireStarted();
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(soundOutput);
-    KEP_INFO("INFO_LOG", "Request to set soundOutput %s", soundOutput.c_str());
+    KEP_INFO("Request to set soundOutput %s", soundOutput.c_str());
     if (output == KEP_AUDIO_NO_OUTPUT) {
         KEP_ERROR("SOUNDOUTPUT_NOT_SUPPORTED", "Not supported soundoutput");
         return KEP_RESULT_FAILED;
@@ -61,7 +61,7 @@ try {
         KEP_ERROR("GAIN_MIDDLEWARE_ERROR", "Failed to update Input Gain");
         return KEP_RESULT_OK; // the output has changed all the same
     }
-    KEP_INFO("INFO_LOG", "successfully set soundoutput %s", soundOutput.c_str());
+    KEP_INFO("successfully set soundoutput %s", soundOutput.c_str());
     return KEP_RESULT_OK;
 } catch (...) {
     return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
@@ -72,7 +72,7 @@ try {
 bool kepTVAudio::handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output)
 {
     if (output == KEP_AUDIO_SPK_OPTICAL_ARC)
-        KEP_INFO("INFO_LOG", "Inside setSoundOutput of KEP_AUDIO_SPK_OPTICAL_ARC");
+        KEP_INFO("Inside setSoundOutput of KEP_AUDIO_SPK_OPTICAL_ARC");
     const SoundOutput* row = findSoundOutput(output);
     return row != nullptr && row->openedAfresh ? openAfresh(output) : moveTo(output);
 }
@@ -175,7 +175,7 @@ bool kepTVAudio::setTvSpeakerBluetoothSoundOutput(KEP_AUDIO_SNDOUT_T output)
 
 bool kepTVAudio::connectOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    KEP_INFO("INFO_LOG", "Connect outputType %d", output);
+    KEP_INFO("Connect outputType %d", output);
     const SoundOutput* row = findSoundOutput(output);
     if (row == nullptr || row->single == nullptr)
         return output == KEP_AUDIO_NO_OUTPUT; // nothing to open
@@ -184,7 +184,7 @@ bool kepTVAudio::connectOutput(KEP_AUDIO_SNDOUT_T output)
 
 bool kepTVAudio::disconnectOutput(KEP_AUDIO_SNDOUT_T output)
 {
-    KEP_INFO("INFO_LOG", "disconnect outputType %d", output);
+    KEP_INFO("disconnect outputType %d", output);
     const SoundOutput* row = findSoundOutput(output);
     if (row == nullptr || row->single == nullptr)
         return output == KEP_AUDIO_NO_OUTPUT;
@@ -206,9 +206,9 @@ bool kepTVAudio::runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const Outpu
     case None:
         return true;
     case Open:
-        return writeOrLog(kSndoutOpen, {type}, sequence.suffix, origin);
+        return writeOrLog(origin, kSndoutOpen, {type}, sequence.suffix);
     case Close:
-        return writeOrLog(kSndoutClose, {type}, sequence.suffix, origin);
+        return writeOrLog(origin, kSndoutClose, {type}, sequence.suffix);
     case Connect:
     case Disconnect:
         return mConnectedResources.empty() || connectDisconnectResources(type, step == Connect);
@@ -216,18 +216,18 @@ bool kepTVAudio::runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const Outpu
         return mOutputMuteStatus || runStep(Unmute, output, sequence);
     case Mute:
     case Unmute:
-        return writeOrLog(kMuteOutput, {type, step == Mute ? 1 : 0}, sequence.suffix, origin);
+        return writeOrLog(origin, kMuteOutput, {type, step == Mute ? 1 : 0}, sequence.suffix);
     case LightOn:
     case LightOff:
-        return writeOrLog(kSndoutOpticLight, {step == LightOn ? 1 : 0}, sequence.suffix, origin);
+        return writeOrLog(origin, kSndoutOpticLight, {step == LightOn ? 1 : 0}, sequence.suffix);
     case SoundSync:
-        return writeOrLog(kSndoutOpticQn, {1, mOutputVolume, mOutputMuteStatus ? 1 : 0, 1},
-                          kSoundSyncSuffix, origin);
+        return writeOrLog(origin, kSndoutOpticQn, {1, mOutputVolume, mOutputMuteStatus ? 1 : 0, 1},
+                          kSoundSyncSuffix);
     case GuardHeadphone:
-        guardHeadphone(output, origin);
+        guardHeadphone(output);
         return true;
     case UnguardHeadphone:
-        return unguardHeadphone(origin);
+        return unguardHeadphone();
     case MuteHeadphone:
     case UnmuteHeadphone:
         return setMuteHeadphone(step == MuteHeadphone);
@@ -235,22 +235,22 @@ bool kepTVAudio::runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const Outpu
     return false;
 }
 
-void kepTVAudio::guardHeadphone(KEP_AUDIO_SNDOUT_T output, const kepLogOrigin& origin)
+void kepTVAudio::guardHeadphone(KEP_AUDIO_SNDOUT_T output)
 {
-    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "connectHPOutput:: Connect soundoutput %d", output);
+    const kepLogOrigin origin = KEP_HERE.as("connectHPOutput");
+    KEP_INFO_AS(origin, "connectHPOutput:: Connect soundoutput %d", output);
     if (mCurrentSoundout != KEP_AUDIO_NO_OUTPUT)
         return;
-    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
-               "AC On headphone is selected, so muting to avoid noise");
+    KEP_INFO_AS(origin, "AC On headphone is selected, so muting to avoid noise");
     setMuteHeadphone(/*mute=*/true); // at worst there is a noise
 }
 
-bool kepTVAudio::unguardHeadphone(const kepLogOrigin& origin)
+bool kepTVAudio::unguardHeadphone()
 {
     if (mCurrentSoundout != KEP_AUDIO_NO_OUTPUT)
         return setMuteHeadphone(/*mute=*/false);
-    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
-               "During AC ON, headphone selected timer running, so skipping unmute");
+    KEP_INFO_AS(KEP_HERE.as("connectHPOutput"),
+                "During AC ON, headphone selected timer running, so skipping unmute");
     return true;
 }
 

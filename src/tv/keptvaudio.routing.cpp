@@ -23,7 +23,6 @@ unsigned int kepTVAudio::connectInput(std::string source, std::string sink,
 try {
     requireStarted();
     KEP_INFO(
-        "INFO_LOG",
         "Request to connect sourceName:%s sinkName:%s pipelineAttribute:%s mCurrentSoundout:%d",
         source.c_str(), sink.c_str(), pipelineAttribute.stringify().c_str(), mCurrentSoundout);
     const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
@@ -42,7 +41,7 @@ try {
     const bool mainPipeline = isValidpipelinePurpose(pipelineAttribute);
     const std::string streamType = pipelineAttribute[key::kStreamType.name].asString();
     if (mainPipeline && streamType != "kepgame") {
-        if (!writeOrLog(kSndoutMainAudioOutput, {indexOf(resource), portOf(resource)}))
+        if (!writeOrLog(KEP_HERE, kSndoutMainAudioOutput, {indexOf(resource), portOf(resource)}))
             return KEP_RESULT_FAILED;
     } else {
         KEP_DEBUG(
@@ -63,8 +62,8 @@ try {
 unsigned int kepTVAudio::disconnectInput(std::string source, std::string sink)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "Request to disconnect source %s and sink %s mCurrentSoundout:%d",
-             source.c_str(), sink.c_str(), mCurrentSoundout);
+    KEP_INFO("Request to disconnect source %s and sink %s mCurrentSoundout:%d", source.c_str(),
+             sink.c_str(), mCurrentSoundout);
     const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
     if (!isValidResource(resource))
         return KEP_RESULT_INVALID_RESOURCE;
@@ -119,7 +118,7 @@ unsigned int kepTVAudio::connectInputResource(KEP_AUDIO_RESOURCE_T resource,
 {
     KEP_DEBUG("Connect audio resource %d to soundoutput %d", resource, output);
     const bool written =
-        writeOrLog(kSndoutConnect, {typeOf(output), indexOf(resource), portOf(resource)});
+        writeOrLog(KEP_HERE, kSndoutConnect, {typeOf(output), indexOf(resource), portOf(resource)});
     return written ? KEP_RESULT_OK : KEP_RESULT_FAILED;
 }
 
@@ -127,20 +126,21 @@ unsigned int kepTVAudio::disconnectInputResource(KEP_AUDIO_RESOURCE_T resource,
                                                  KEP_AUDIO_SNDOUT_T output)
 {
     KEP_DEBUG("Disconnect audio resource %d to soundoutput %d", resource, output); // sic
-    const bool written =
-        writeOrLog(kSndoutDisconnect, {typeOf(output), indexOf(resource), portOf(resource)});
+    const bool written = writeOrLog(KEP_HERE, kSndoutDisconnect,
+                                    {typeOf(output), indexOf(resource), portOf(resource)});
     return written ? KEP_RESULT_OK : KEP_RESULT_FAILED;
 }
 
 bool kepTVAudio::connectDisconnectResources(int outputType, bool connect)
 {
-    KEP_INFO("INFO_LOG", "Connect or disconnect status %d speakerType %d", connect, outputType);
+    KEP_INFO("Connect or disconnect status %d speakerType %d", connect, outputType);
     const ControlElement<3>& element = connect ? kSndoutConnect : kSndoutDisconnect;
     // By position: whoever is called by a write may connect or disconnect something.
     // NOLINTNEXTLINE(modernize-loop-convert): see above
     for (std::size_t i = 0; i < mConnectedResources.size(); ++i)
-        if (!writeOrLog(element, {outputType, indexOf(mConnectedResources[i]),
-                                  portOf(mConnectedResources[i])}))
+        if (!writeOrLog(
+                KEP_HERE, element,
+                {outputType, indexOf(mConnectedResources[i]), portOf(mConnectedResources[i])}))
             return false;
     return true;
 }

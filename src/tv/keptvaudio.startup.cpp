@@ -4,9 +4,6 @@
 // ending.
 #include <chrono>
 #include <ctime>
-#include <system_error>
-
-#include <pthread.h>
 
 #include "kepcaught.h"
 #include "keplog.h"
@@ -19,11 +16,6 @@ namespace
 
 constexpr std::chrono::milliseconds kSettleTime{1000}; // lets the launching request return first
 constexpr const char* kPerformanceType = "audio-output-service";
-
-unsigned int threadId()
-{
-    return static_cast<unsigned int>(pthread_self());
-}
 
 /// Writes one line of the performance log, with the clock read anew.
 void logPerformance(const char* group, const char* status)
@@ -103,7 +95,7 @@ std::vector<KEP_AUDIO_RESOURCE_T> kepTVAudio::connectedResources() const
 
 void kepTVAudio::initGainAudio()
 {
-    KEP_INFO("INFO_LOG", "init Gain Audio");
+    KEP_INFO("init Gain Audio");
     bool done = true;
     for (const KEP_AUDIO_RESOURCE_T resource : connectedResources()) {
         if (!write(kGainInput, {indexOf(resource), portOf(resource), kInitialGain})) {
@@ -112,27 +104,20 @@ void kepTVAudio::initGainAudio()
             done = false; // the other resources get theirs all the same
         }
     }
-    if (!writeOrLog(kGainOutput, {typeOf(KEP_AUDIO_SPK), kInitialGain}))
+    if (!writeOrLog(KEP_HERE, kGainOutput, {typeOf(KEP_AUDIO_SPK), kInitialGain}))
         return;
     if (done)
         mIsInitGainAudioUpdate = true;
-    KEP_INFO("INFO_LOG", "mIsInitGainAudioUpdate value is %d", mIsInitGainAudioUpdate.load());
+    KEP_INFO("mIsInitGainAudioUpdate value is %d", mIsInitGainAudioUpdate.load());
 }
 
-void kepTVAudio::launchStartup(const kepLogOrigin& origin)
+bool kepTVAudio::beginsStartup()
 {
     if (!mStartupConditions.contiConfigReceived || !mStartupConditions.hardwareConfigApplied ||
         !mStartupConditions.modelConfigReceived)
-        return;
+        return false;
     mStartupConditions = {};
-    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "Inside main Thread :: ID  = 0x%x", threadId()); // sic
-    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "startXmlParsing thread is getting created");
-    try {
-        StartupWorker::instance().launch([this] { startXmlParsing(); });
-    } catch (const std::system_error& error) {
-        KEP_LOG_AS(origin, kLogError, "ERROR_LOG", "Caught system_error: %s, code: %s",
-                   error.what(), error.code().message().c_str());
-    }
+    return true;
 }
 
 void kepTVAudio::startXmlParsing()
@@ -142,36 +127,23 @@ void kepTVAudio::startXmlParsing()
         timed("init_delay", [this] { mPtrTVDelay->initDelayAttributes(); }) &&
         timed("parse_gain", [this] { mPtrTVGain->parseGainXML(); }) &&
         timed("parse_amplifier", [this] { mPtrTVAmplifier->parseAmplifierXML(); }) &&
-        inForeignLibraries("setMuteHeadphone",
-                           [this, origin = KEP_HERE] { muteHeadphoneOnColdStart(origin); }) &&
-        inForeignLibraries("initGainAudio",
-                           [this, origin = KEP_HERE] { retryInitialGains(origin); }) &&
+        inForeignLibraries("setMuteHeadphone", [this] { muteHeadphoneOnColdStart(); }) &&
+        inForeignLibraries("initGainAudio", [this] { retryInitialGains(); }) &&
         inForeignLibraries("setBroadcastSystem", [this] { setBroadcastSystem(); }) &&
         timed("init_soundEngine", [this] { mPtrTVSoundEngine->initSoundEngineAttributes(); }) &&
         timed("resetGainAttributes", [this] { mPtrTVGain->resetGainAttributes(); }) &&
         timed("resetAmplifierAttributes", [this] { mPtrTVAmplifier->resetAmplifierAttributes(); });
     if (completed)
-        KEP_INFO("INFO_LOG", "XML parsing is completed and respective Thread :: ID  = 0x%x", // sic
-                 threadId());
+        KEP_INFO("XML parsing is completed and respective Thread :: ID  = 0x%x", // sic
+                 threads::shortId());
 }
 
-void kepTVAudio::muteHeadphoneOnColdStart(const kepLogOrigin& origin)
-{
-    if (!setMuteHeadphone(/*mute=*/true))
-        return;
-    KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
-               "Snapshot Bootup, muting headphone to avoid noise during AC on");
-    if (startUnmuteTimer(&_headphoneUnmuteAcOnCallback))
-        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG",
-                   "Bootup, muting headphone to avoid noise. Timer is started for 5 sec");
-}
-
-void kepTVAudio::retryInitialGains(const kepLogOrigin& origin)
+void kepTVAudio::retryInitialGains()
 {
     if (mIsInitGainAudioUpdate)
         return;
-    KEP_LOG_AS(
-        origin, kLogInfo, "INFO_LOG",
+    KEP_INFO_AS(
+        KEP_HERE.as("startXmlParsing"),
         "Gain is setting to driver again as it failed before,mIsInitGainAudioUpdate value is %d",
         mIsInitGainAudioUpdate.load()); // sic
     initGainAudio();

@@ -29,14 +29,14 @@ unsigned int resultOf(bool done)
 unsigned int kepTVAudio::setOutputVolume(std::string soundOutput, std::uint8_t volume)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "Request to set volume %d on output %s", volume, soundOutput.c_str());
+    KEP_INFO("Request to set volume %d on output %s", volume, soundOutput.c_str());
     const KEP_AUDIO_SNDOUT_T output = getSoundOutputResourceId(soundOutput);
     bool done = true;
     switch (mechanismOf(output, &SoundOutput::volume)) {
     case Mechanism::None:
         break;
     case Mechanism::Unsupported:
-        KEP_INFO("INFO_LOG", "Volume Operation wont be supported for soundoutput %s", // sic
+        KEP_INFO("Volume Operation wont be supported for soundoutput %s", // sic
                  soundOutput.c_str());
         break;
     case Mechanism::Speaker:
@@ -64,13 +64,13 @@ try {
 unsigned int kepTVAudio::setOutputMute(std::string soundOutput, bool mute)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "Setting mute to %d on soundOutputType %s", mute, soundOutput.c_str());
+    KEP_INFO("Setting mute to %d on soundOutputType %s", mute, soundOutput.c_str());
     mOutputMuteStatus = mute;
     switch (mechanismOf(getSoundOutputResourceId(soundOutput), &SoundOutput::mute)) {
     case Mechanism::None:
         return KEP_RESULT_UNKNOWN_OUTPUT;
     case Mechanism::Unsupported:
-        KEP_INFO("INFO_LOG", "Mute Operation wont be supported for soundoutput %s", // sic
+        KEP_INFO("Mute Operation wont be supported for soundoutput %s", // sic
                  soundOutput.c_str());
         break;
     case Mechanism::Speaker:
@@ -94,8 +94,8 @@ try {
 unsigned int kepTVAudio::setMute(std::string source, std::string sink, bool mute)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "Request to set mute status of source %s and sink %s as %d",
-             source.c_str(), sink.c_str(), mute);
+    KEP_INFO("Request to set mute status of source %s and sink %s as %d", source.c_str(),
+             sink.c_str(), mute);
     const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
     if (!isValidResource(resource))
         return KEP_RESULT_INVALID_RESOURCE;
@@ -113,10 +113,11 @@ try {
 unsigned int kepTVAudio::setInputVolume(std::string source, std::string sink, std::uint8_t volume)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "Request to set input volume %d on source %s and sink %s", volume,
-             source.c_str(), sink.c_str());
+    KEP_INFO("Request to set input volume %d on source %s and sink %s", volume, source.c_str(),
+             sink.c_str());
     if (getResourceId(source, sink) == KEP_AUDIO_RESOURCE_INVALID)
-        return KEP_RESULT_FAILED; // sic: setMute answers an invalid resource
+        // sic: 2, where setMute answers 3 for the same names; callers rely on either
+        return KEP_RESULT_FAILED;
     return resultOf(mPtrTVGain->setInputVolume(source, sink, volume));
 } catch (...) {
     return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
@@ -125,7 +126,7 @@ try {
 unsigned int kepTVAudio::setMuteExtSPK(bool mute)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "Setting mute to %d on External Speaker", mute);
+    KEP_INFO("Setting mute to %d on External Speaker", mute);
     return resultOf(executeMuteExtSpeaker(mute));
 } catch (...) {
     return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
@@ -152,7 +153,7 @@ bool kepTVAudio::setQNSoundSyncOutputVolume(std::uint8_t volume, bool mute)
 
 unsigned int kepTVAudio::setSpeakerOutputMute(const bool& mute)
 {
-    if (!writeOrLog(kMuteOutput, {typeOf(KEP_AUDIO_SPK), mute ? 1 : 0}, " on tv speaker"))
+    if (!writeOrLog(KEP_HERE, kMuteOutput, {typeOf(KEP_AUDIO_SPK), mute ? 1 : 0}, " on tv speaker"))
         return KEP_RESULT_FAILED;
     if (mOutputVolume != 0) // at volume 0 the amplifier is muted anyway
         mPtrTVAmplifier->setAmplifierMute(mute);
@@ -161,8 +162,9 @@ unsigned int kepTVAudio::setSpeakerOutputMute(const bool& mute)
 
 bool kepTVAudio::executeMuteExtSpeaker(const bool& mute)
 {
-    KEP_INFO("INFO_LOG", "executeMuteExtSpeaker is called / muteStatus = %d", mute);
-    if (subcpu_misc_Set_HPMuteOnOff(mute) != 0) { // sic: one line for both
+    KEP_INFO("executeMuteExtSpeaker is called / muteStatus = %d", mute);
+    // sic: the headphone amplifier's line mutes the external speaker, too; boards rely on it
+    if (subcpu_misc_Set_HPMuteOnOff(mute) != 0) {
         KEP_ERROR("SUBCPU_ERROR", "Failed to set external speaker mute status %d", mute);
         return false;
     }

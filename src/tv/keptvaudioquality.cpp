@@ -82,11 +82,11 @@ bool kepTVAudio::isRecording(const std::string& purpose)
     return purpose == "RECORDING";
 }
 
-void kepTVAudio::useAsCurrentPipeline(const AudioVideoInfo& pipeline, bool changed,
-                                      const kepLogOrigin& origin)
+void kepTVAudio::useAsCurrentPipeline(const kepLogOrigin& origin, const AudioVideoInfo& pipeline,
+                                      bool changed)
 {
     if (!getActiveState()) {
-        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "not update in map because activestate is false");
+        KEP_INFO_AS(origin, "not update in map because activestate is false");
         return;
     }
     adoptPipeline(pipeline, changed);
@@ -99,25 +99,25 @@ void kepTVAudio::adoptPipeline(const AudioVideoInfo& pipeline, bool changed)
     updateCodecImmersiveFormat(pipeline);
 }
 
-void kepTVAudio::applyPurpose(const std::string& purpose, const AudioVideoInfo& pipeline,
-                              bool changed, const kepLogOrigin& origin)
+void kepTVAudio::applyPurpose(const kepLogOrigin& origin, const std::string& purpose,
+                              const AudioVideoInfo& pipeline, bool changed)
 {
     if (!isRecording(purpose))
-        useAsCurrentPipeline(pipeline, changed, origin);
+        useAsCurrentPipeline(origin, pipeline, changed);
     else if (changed)
         mPtrParserInstance->replace(mPtrParserInstance->mAencAvParamsMap, pipeline);
 }
 
 void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
 {
-    KEP_INFO("INFO_LOG", "storePipelineInfoParameters to store pipelineInfo %s",
+    KEP_INFO("storePipelineInfoParameters to store pipelineInfo %s",
              pipelineInfo.stringify().c_str());
     AudioVideoInfo pipeline = fieldsOf(pipelineInfo);
     const JValue purposes = pipelineInfo[key::kPipelinePurpose.name];
     if (purposes.isValid() && !purposes.isArray())
         KEP_ERROR("INVALID_PARAMETER", "pipelinePurpose is not an Array Element");
     if (!purposes.isArray())
-        useAsCurrentPipeline(pipeline, /*changed=*/true);
+        useAsCurrentPipeline(KEP_HERE, pipeline, /*changed=*/true);
 
     // Each purpose hands the map over as it stands then; of each kind only the last one is seen.
     std::vector<std::string> names;
@@ -128,7 +128,7 @@ void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
     }
     for (std::size_t i = 0; i < names.size(); ++i) {
         pipeline["pipelinePurpose" + std::to_string(i)] = names[i];
-        applyPurpose(names[i], pipeline, i == last[isRecording(names[i]) ? 1 : 0]);
+        applyPurpose(KEP_HERE, names[i], pipeline, i == last[isRecording(names[i]) ? 1 : 0]);
     }
     AudioVideoInfoMapVector.push_back(std::move(pipeline));
     printSetQualityAttributeInfo();
@@ -137,16 +137,16 @@ void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
 unsigned int kepTVAudio::removePipelineInfo(std::string pipelineId)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "Removing pipelineId %s", pipelineId.c_str());
-    KEP_INFO("INFO_LOG", "Before removal Size of AudioVideoInfoMapVector: %d",
+    KEP_INFO("Removing pipelineId %s", pipelineId.c_str());
+    KEP_INFO("Before removal Size of AudioVideoInfoMapVector: %d",
              static_cast<int>(AudioVideoInfoMapVector.size()));
     std::vector<std::size_t> positions;
     for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
          i = nextPipeline(pipelineId, i + 1))
         positions.push_back(i);
-    KEP_INFO("INFO_LOG", "Size of indexVector to remove pipelineid: %d",
-             static_cast<int>(positions.size()));
-    // sic: a position is not corrected for what has been erased before it
+    KEP_INFO("Size of indexVector to remove pipelineid: %d", static_cast<int>(positions.size()));
+    // sic: positions are not corrected after an erasure, so a second one removes whatever has moved
+    // into it; callers rely on it
     for (const std::size_t position : positions) {
         if (position >= AudioVideoInfoMapVector.size())
             continue;
@@ -154,7 +154,7 @@ try {
         AudioVideoInfoMapVector.erase(AudioVideoInfoMapVector.begin() + offset);
         mPipelineIdHashes.erase(mPipelineIdHashes.begin() + offset);
     }
-    KEP_INFO("INFO_LOG", "Size of AudioVideoInfoMapVector: %d",
+    KEP_INFO("Size of AudioVideoInfoMapVector: %d",
              static_cast<int>(AudioVideoInfoMapVector.size()));
     return KEP_RESULT_OK;
 } catch (...) {
@@ -163,14 +163,13 @@ try {
 
 bool kepTVAudio::resetPipelineInfo(JValue pipelineInfo)
 {
-    KEP_INFO("INFO_LOG", "resetPipelineInfo:: audioVideoObject %s",
-             pipelineInfo.stringify().c_str());
+    KEP_INFO("resetPipelineInfo:: audioVideoObject %s", pipelineInfo.stringify().c_str());
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     bool found = false;
     for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
          i = nextPipeline(pipelineId, i + 1)) {
         AudioVideoInfoMapVector[i] = {{"pipelineId", pipelineId}};
-        KEP_INFO("INFO_LOG", "After Reset New values %s %s", "pipelineId", pipelineId.c_str());
+        KEP_INFO("After Reset New values %s %s", "pipelineId", pipelineId.c_str());
         found = true;
     }
     return found;
@@ -189,14 +188,13 @@ void kepTVAudio::printAudioVideoInfoTable() const
 
 void kepTVAudio::printSetQualityAttributeInfo() const
 {
-    KEP_INFO("INFO_LOG", "AudioVideoInfo map size %d",
-             static_cast<int>(AudioVideoInfoMapVector.size()));
+    KEP_INFO("AudioVideoInfo map size %d", static_cast<int>(AudioVideoInfoMapVector.size()));
     if (!kepLogAdmits(kLogInfo))
         return; // the walk alone takes long when there are many
     for (const AudioVideoInfo& pipeline : AudioVideoInfoMapVector) {
-        KEP_INFO("INFO_LOG", "AudioVideoInfo map values are");
+        KEP_INFO("AudioVideoInfo map values are");
         for (const auto& [key, value] : pipeline)
-            KEP_INFO("INFO_LOG", "Map: Key and Values are %s %s", key.c_str(), value.c_str());
+            KEP_INFO("Map: Key and Values are %s %s", key.c_str(), value.c_str());
     }
 }
 
@@ -204,8 +202,7 @@ void kepTVAudio::printSetQualityAttributeInfo() const
 
 bool kepTVAudio::setVideoInputInfo(JValue payload)
 {
-    KEP_INFO("INFO_LOG",
-             "setVideoInputInfo is called to update category values of existing pipelineInfo");
+    KEP_INFO("setVideoInputInfo is called to update category values of existing pipelineInfo");
     const JValue category = payload[key::kCategoryInfo.name];
     if (!category.isObject()) {
         KEP_ERROR("INVALID_PARAMETER", "Invalid CategoryInfo");
@@ -224,8 +221,7 @@ bool kepTVAudio::setVideoInputInfo(JValue payload)
 
 bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInfo)
 {
-    KEP_INFO("INFO_LOG",
-             "updateVideoCategoryInfo to update category values %s of existing pipelineInfo %s",
+    KEP_INFO("updateVideoCategoryInfo to update category values %s of existing pipelineInfo %s",
              categoryInfo.stringify().c_str(), pipelineInfo.stringify().c_str());
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     if (pipelineId.empty())
@@ -249,7 +245,7 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
     if (getActiveState())
         mPtrParserInstance->replace(mPtrParserInstance->mAvParamsMap, pipeline);
     else
-        KEP_INFO("INFO_LOG", "not update in local map because activestate is false");
+        KEP_INFO("not update in local map because activestate is false");
     printAudioVideoInfoTable();
     return true;
 }
@@ -259,7 +255,7 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
 JValue kepTVAudio::getSettings(const std::string& category, JValue request)
 try {
     requireStarted();
-    KEP_INFO("INFO_LOG", "get settings for category %s, settings:%s", category.c_str(),
+    KEP_INFO("get settings for category %s, settings:%s", category.c_str(),
              request.stringify().c_str());
     if (category == key::kGainValue.name) {
         const std::string type = request[key::kGainType.name].asString();
@@ -274,12 +270,12 @@ try {
     }
     if (category == key::kReadRegister.name) {
         JValue answer = mPtrTVAmplifier->readI2cDataFromAmplifier(request);
-        KEP_INFO("INFO_LOG", "Data from audio amplifier is %s", answer.stringify().c_str());
+        KEP_INFO("Data from audio amplifier is %s", answer.stringify().c_str());
         return answer;
     }
     if (mSettingsList.empty()) {
-        KEP_DEBUG("settingsList is empty, Hence KEP returning jnull"); // sic: true is returned
-        return true;
+        KEP_DEBUG("settingsList is empty, Hence KEP returning jnull"); // sic
+        return true; // sic: the value true, not null; callers rely on it
     }
     if (!category.empty())
         return getSettingsObject(category);
@@ -290,8 +286,9 @@ try {
         if (!stored.hasKey("category"))
             continue;
         static_cast<void>(answer.append(stored)); // storeSettings left room for it
-        KEP_LOG_AS(KEP_HERE.as("printAudioVideoInfoTable"), kLogDebug, "", // sic
-                   "StreamInfo  Inside =  %s", stored.stringify().c_str());
+        // sic: named after the dump of pipelines; whoever reads the log relies on it
+        KEP_DEBUG_AS(KEP_HERE.as("printAudioVideoInfoTable"), "StreamInfo  Inside =  %s",
+                     stored.stringify().c_str());
     }
     KEP_DEBUG("currentSettings =  %s", answer.stringify().c_str()); // sic
     return answer;
@@ -305,7 +302,7 @@ JValue kepTVAudio::getSettingsObject(const std::string& category)
         std::string type;
         std::vector<std::string> states;
         if (!mPtrTVAmplifier->getAmplifierState(type, states))
-            return true; // sic
+            return true; // sic: the value true, not an array; callers rely on it
         JValue list = JValue::array();
         for (const std::string& state : states)
             list.append(state);

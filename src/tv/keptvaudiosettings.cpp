@@ -3,12 +3,15 @@
 // is one row of a table; its handler checks the payload and applies it.
 #include <algorithm>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include "catalogue.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 #include "payloadkeys.h"
+#include "startupworker.h"
+#include "threads.h"
 
 namespace
 {
@@ -27,14 +30,14 @@ bool kepTVAudio::updatePipelineInfo(JValue pipelineInfo)
         return false;
     }
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
-    KEP_INFO("INFO_LOG", "updatePipelineInfo : pipelineId = %s", pipelineId.c_str());
+    KEP_INFO("updatePipelineInfo : pipelineId = %s", pipelineId.c_str());
     if (pipelineInfo.hasKey(key::kSourceType.name) && mCurrentSoundout == KEP_AUDIO_ARC)
         setEarcSoundOutputDigital(getSoundOutputDigitalMode());
     if (isNewPipelineId(pipelineId)) {
-        KEP_INFO("INFO_LOG", "Calling storePipelineInfoParameters");
+        KEP_INFO("Calling storePipelineInfoParameters");
         storePipelineInfoParameters(pipelineInfo);
     } else {
-        KEP_INFO("INFO_LOG", "Calling updateExistingPipelineInfo");
+        KEP_INFO("Calling updateExistingPipelineInfo");
         updateExistingPipelineInfo(pipelineInfo);
     }
     return true;
@@ -42,9 +45,9 @@ bool kepTVAudio::updatePipelineInfo(JValue pipelineInfo)
 
 void kepTVAudio::updateExistingPipelineInfo(JValue pipelineInfo)
 {
-    KEP_INFO("INFO_LOG", "updateExistingPipelineInfo to update existing pipelineInfo %s",
+    KEP_INFO("updateExistingPipelineInfo to update existing pipelineInfo %s",
              pipelineInfo.stringify().c_str());
-    KEP_INFO("INFO_LOG", "updateExistingPipelineInfo Vector of map values size %d",
+    KEP_INFO("updateExistingPipelineInfo Vector of map values size %d",
              static_cast<int>(AudioVideoInfoMapVector.size()));
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     if (pipelineId.empty())
@@ -52,13 +55,13 @@ void kepTVAudio::updateExistingPipelineInfo(JValue pipelineInfo)
     for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
          i = nextPipeline(pipelineId, i + 1)) {
         AudioVideoInfo& pipeline = AudioVideoInfoMapVector[i];
-        KEP_INFO("INFO_LOG", "PipelineId is matching, so need to update the map pipelineId %s",
+        KEP_INFO("PipelineId is matching, so need to update the map pipelineId %s",
                  pipelineId.c_str());
         for (const auto& [key, value] : pipelineInfo.members())
             if (value.isString())
                 pipeline[key] = value.asString();
         for (const auto& [key, value] : pipeline)
-            KEP_INFO("INFO_LOG", "Updated exiting audio video info map and values are %s %s", // sic
+            KEP_INFO("Updated exiting audio video info map and values are %s %s", // sic
                      key.c_str(), value.c_str());
     }
 }
@@ -67,8 +70,7 @@ void kepTVAudio::updateExistingPipelineInfo(JValue pipelineInfo)
 
 bool kepTVAudio::setAudioInputInfo(JValue payload)
 {
-    KEP_INFO("INFO_LOG",
-             "setAudioInputInfo is called to update category values of existing pipelineInfo");
+    KEP_INFO("setAudioInputInfo is called to update category values of existing pipelineInfo");
     const JValue category = payload[key::kCategoryInfo.name];
     if (!category.isObject()) {
         KEP_ERROR("INVALID_PARAMETER", "Invalid CategoryInfo");
@@ -94,9 +96,9 @@ bool kepTVAudio::setAudioInputInfo(JValue payload)
     return encoder || gain || delay || updated;
 }
 
-std::optional<std::size_t> kepTVAudio::findAudioPipeline(const JValue& pipelineInfo,
-                                                         const kepLogOrigin& origin) const
+std::optional<std::size_t> kepTVAudio::findAudioPipeline(const JValue& pipelineInfo) const
 {
+    const kepLogOrigin origin = KEP_HERE.as("updateAudioCategoryInfo");
     const std::string pipelineId = pipelineInfo[key::kPipelineId.name].asString();
     std::string resource;
     if (pipelineId.empty() || !pipelineInfo[key::kResource.name].asString(resource))
@@ -104,10 +106,10 @@ std::optional<std::size_t> kepTVAudio::findAudioPipeline(const JValue& pipelineI
     for (std::size_t i = nextPipeline(pipelineId, 0); i < AudioVideoInfoMapVector.size();
          i = nextPipeline(pipelineId, i + 1)) {
         const AudioVideoInfo& pipeline = AudioVideoInfoMapVector[i];
-        KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "Resource ID values are %s", resource.c_str());
+        KEP_INFO_AS(origin, "Resource ID values are %s", resource.c_str());
         const auto stored = pipeline.find("resource");
         if (stored == pipeline.end())
-            KEP_LOG_AS(origin, kLogInfo, "INFO_LOG", "resourceId not found in map");
+            KEP_INFO_AS(origin, "resourceId not found in map");
         else if (stored->second == resource)
             return i;
     }
@@ -116,8 +118,7 @@ std::optional<std::size_t> kepTVAudio::findAudioPipeline(const JValue& pipelineI
 
 bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInfo)
 {
-    KEP_INFO("INFO_LOG",
-             "updateAudioCategoryInfo to update category values %s of existing pipelineInfo %s",
+    KEP_INFO("updateAudioCategoryInfo to update category values %s of existing pipelineInfo %s",
              categoryInfo.stringify().c_str(), pipelineInfo.stringify().c_str());
     const std::optional<std::size_t> position = findAudioPipeline(pipelineInfo);
     if (!position)
@@ -131,22 +132,22 @@ bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInf
 
     const JValue purposes = pipelineInfo[key::kPipelinePurpose.name];
     if (!purposes.isValid()) {
-        useAsCurrentPipeline(pipeline, /*changed=*/true);
+        useAsCurrentPipeline(KEP_HERE, pipeline, /*changed=*/true);
     } else if (purposes.isArray()) {
         bool given[2] = {}; // the map is the same for all purposes: each kind gets it once
         for (const JValue& element : purposes.elements()) {
             const std::string purpose = element.asString();
             bool& already = given[isRecording(purpose) ? 1 : 0];
-            applyPurpose(purpose, pipeline, !std::exchange(already, true));
+            applyPurpose(KEP_HERE, purpose, pipeline, !std::exchange(already, true));
         }
     } else if (getActiveState()) {
         KEP_ERROR("INVALID_PARAMETER", "pipelinePurpose is not an Array Element");
         adoptPipeline(pipeline, /*changed=*/true);
     } else {
-        KEP_INFO("INFO_LOG", "not update in map because activestate is false");
+        KEP_INFO("not update in map because activestate is false");
     }
     for (const auto& [key, value] : pipeline)
-        KEP_INFO("INFO_LOG", "AudioVideoInfoMap Values %s %s", key.c_str(), value.c_str());
+        KEP_INFO("AudioVideoInfoMap Values %s %s", key.c_str(), value.c_str());
     return true;
 }
 
@@ -160,7 +161,7 @@ bool kepTVAudio::isOfCategory(const JValue& stored, const std::string& category)
 
 bool kepTVAudio::storeSettings(const std::string& category, JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Store settings key for category %s", category.c_str());
+    KEP_INFO("Store settings key for category %s", category.c_str());
     if (payload.depth() + kAnswerDepth > JValue::kMaxDepth) {
         KEP_ERROR("ERROR_LOG", "Settings of category %s are nested too deep to be stored",
                   category.c_str());
@@ -226,8 +227,8 @@ constexpr kepTVAudio::SettingsRow kepTVAudio::SettingsRow::kAll[] = {
     {"hardwareConfig",          &TV::setSoundConfigSettings,         &TV::setHwConfig,                false,  false,   only(key::kCountry),                "the hardware; every key is kept as a parameter; a condition of the start-up"},
     {"contiConfig",             &TV::setSoundConfigSettings,         &TV::setContiConfig,             false,  true,    {},                                 "the region; a condition of the start-up"},
     {"sound",                   &TV::setSoundConfigSettings,         &TV::setSoundSettings,           false,  true,    {},                                 "sound quality"},
-    {"groupCodeConfig",         &TV::setSoundConfigSettings,         nullptr,                         false,  false,   {},                                 "known, and always refused"}, // sic
-    {"zibConfig",               &TV::setSoundConfigSettings,         nullptr,                         false,  false,   {},                                 "known, and always refused"}, // sic
+    {"groupCodeConfig",         &TV::setSoundConfigSettings,         nullptr,                         false,  false,   {},                                 "known, and always refused"}, // sic: refused without a look; callers rely on it
+    {"zibConfig",               &TV::setSoundConfigSettings,         nullptr,                         false,  false,   {},                                 "known, and always refused"}, // sic: the same
     {"soundOutputMode",         &TV::setSoundOutputDigitalSettings,  &TV::setSoundOutputModeSettings, true,   false,   listOf(kOutputModeKeys),            "the digital mode of an output was chosen"},
     {"forceOutput",             &TV::setSoundOutputDigitalSettings,  &TV::setforceOutputSettings,     true,   false,   only(key::kForceDdPlus),            "forced digital format"},
     {"setMixer",                &TV::setSoundOutputDigitalSettings,  &TV::setMixerSettings,           true,   false,   only(key::kMix),                    "mixing into digital outputs"},
@@ -306,44 +307,44 @@ kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
 
 bool kepTVAudio::setSoundConfigSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("INFO_LOG", "Set config and settings for category %s", row.category);
+    KEP_INFO("Set config and settings for category %s", row.category);
     return handle(row, payload);
 }
 
 bool kepTVAudio::setSoundOutputDigitalSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("INFO_LOG", "Set sound output digital settings");
+    KEP_INFO("Set sound output digital settings");
     return handle(row, payload);
 }
 
 bool kepTVAudio::setAlsaDriverSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("INFO_LOG", "Set driver settings for category %s", row.category);
+    KEP_INFO("Set driver settings for category %s", row.category);
     return handle(row, payload);
 }
 
 bool kepTVAudio::setSoundEngineSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("INFO_LOG", "Set sound engine settings for category %s", row.category);
+    KEP_INFO("Set sound engine settings for category %s", row.category);
     return handle(row, payload);
 }
 
 bool kepTVAudio::setAmplifierSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("INFO_LOG", "Set amplifier settings for category %s, value = %s", row.category,
+    KEP_INFO("Set amplifier settings for category %s, value = %s", row.category,
              payload.stringify().c_str());
     return handle(row, payload);
 }
 
 bool kepTVAudio::setDelaySettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("INFO_LOG", "Set delay settings for category %s", row.category);
+    KEP_INFO("Set delay settings for category %s", row.category);
     return handle(row, payload);
 }
 
 bool kepTVAudio::setOtherCategorySettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("INFO_LOG", "Set settings for category %s", row.category);
+    KEP_INFO("Set settings for category %s", row.category);
     return handle(row, payload);
 }
 
@@ -399,13 +400,22 @@ bool kepTVAudio::setContiConfig(JValue payload)
 bool kepTVAudio::setSoundSettings(JValue payload)
 {
     mPtrParserInstance->storeParameters(payload, mPtrParserInstance->mQualityParamsMap);
-    launchStartup(KEP_HERE);
+    if (beginsStartup()) {
+        KEP_INFO("Inside main Thread :: ID  = 0x%x", threads::shortId()); // sic
+        KEP_INFO("startXmlParsing thread is getting created");
+        try {
+            StartupWorker::instance().launch([this] { startXmlParsing(); });
+        } catch (const std::system_error& error) {
+            KEP_ERROR("ERROR_LOG", "Caught system_error: %s, code: %s", error.what(),
+                      error.code().message().c_str());
+        }
+    }
     return setQualityAttributeSettings(payload);
 }
 
 bool kepTVAudio::setHwConfig(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set hwardware config"); // sic
+    KEP_INFO("Set hwardware config"); // sic
     constexpr const char* kCountry = key::kCountry.name;
     const std::string before = qualityParam(kCountry).value_or("");
     const bool stored =
@@ -430,7 +440,7 @@ bool kepTVAudio::setHwConfig(JValue payload)
 
 bool kepTVAudio::setforceOutputSettings(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set force output settings");
+    KEP_INFO("Set force output settings");
     std::string forced;
     if (!payload[key::kForceDdPlus.name].asString(forced))
         return false;
@@ -440,7 +450,7 @@ bool kepTVAudio::setforceOutputSettings(JValue payload)
 
 bool kepTVAudio::setMixerSettings(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set mixer settings");
+    KEP_INFO("Set mixer settings");
     bool mix = false;
     if (!payload[key::kMix.name].asBool(mix))
         return false;
@@ -450,7 +460,7 @@ bool kepTVAudio::setMixerSettings(JValue payload)
 
 bool kepTVAudio::setSoundOutputModeSettings(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set sound output mode settings");
+    KEP_INFO("Set sound output mode settings");
     const std::string output = payload[key::kDigitalModeOutput.name].asString();
     const kepNames& outputs = key::kDigitalModeOutput.values;
     const bool known = std::find(outputs.begin(), outputs.end(), output) != outputs.end();
@@ -466,8 +476,8 @@ bool kepTVAudio::setSoundOutputModeSettings(JValue payload)
 bool kepTVAudio::setScmsSettings(JValue payload)
 {
     const std::string copyright = payload[key::kCopyright.name].asString();
-    KEP_LOG_AS(KEP_HERE.as("setAlsaDriverSettings"), kLogDebug, "",
-               "spdif security copyright value is %s", copyright.c_str());
+    KEP_DEBUG_AS(KEP_HERE.as("setAlsaDriverSettings"), "spdif security copyright value is %s",
+                 copyright.c_str());
     return isValidCopyright(copyright) && setSpdifSecurity(copyright);
 }
 
@@ -478,8 +488,8 @@ bool kepTVAudio::setOttAdecModeSettings(JValue payload)
     const bool ott = payload[key::kIsOttEnable.name].asBool();
     const bool lock = payload[key::kIsAtmosLocking.name].asBool();
     if (ott == mOttEnabled && lock == mAtmosLocked) {
-        KEP_LOG_AS(KEP_HERE.as("setAlsaDriverSettings"), kLogInfo, "INFO_LOG",
-                   "Not setting Adec Dolby OTTMode since OTTEnable values are same");
+        KEP_INFO_AS(KEP_HERE.as("setAlsaDriverSettings"),
+                    "Not setting Adec Dolby OTTMode since OTTEnable values are same");
         return true;
     }
     if (!setOTTAdecMode(ott, lock))
@@ -491,7 +501,7 @@ bool kepTVAudio::setOttAdecModeSettings(JValue payload)
 
 bool kepTVAudio::setExternalArcSettings(JValue payload)
 {
-    KEP_INFO("INFO_LOG", "Set external arc settings");
+    KEP_INFO("Set external arc settings");
     const std::string activation = payload[key::kArcActivation.name].asString();
     bool done = true; // a step that fails does not stop the next ones
     for (const key::ArcActivation& row : key::kArcActivations) // other texts switch nothing
@@ -607,7 +617,7 @@ bool kepTVAudio::setForcedDolbyAtmos(JValue payload)
     if (!payload.hasKey(key::kForcedDolbyAtmos.name))
         return false;
     bool forced = false;
-    // sic: the key alone counts as success
+    // sic: the key alone succeeds, with nothing done, unless it is a boolean; callers rely on it
     return !payload[key::kForcedDolbyAtmos.name].asBool(forced) ||
            mPtrTVSoundEngine->setForcedDolbyAtmos(forced);
 }
@@ -618,8 +628,7 @@ bool kepTVAudio::setAmplifierType(JValue payload)
 {
     if (!mPtrTVAmplifier->updateAmplifierType(payload))
         return false;
-    KEP_LOG_AS(KEP_HERE.as("setAmplifierSettings"), kLogDebug, "",
-               "successfully updated amplifier type");
+    KEP_DEBUG_AS(KEP_HERE.as("setAmplifierSettings"), "successfully updated amplifier type");
     return true;
 }
 
@@ -649,8 +658,8 @@ bool kepTVAudio::writeI2cDataToAmplifier(JValue payload)
 bool kepTVAudio::setAudioVideoSync(JValue payload)
 {
     if (!payload.hasKey(key::kCorrectionValue.name)) {
-        KEP_LOG_AS(KEP_HERE.as("setDelaySettings"), kLogError, "INVALID_PARAMETER",
-                   "status value not present for audioVideoSync category"); // sic
+        KEP_ERROR_AS(KEP_HERE.as("setDelaySettings"), "INVALID_PARAMETER",
+                     "status value not present for audioVideoSync category"); // sic
         return false;
     }
     return mPtrTVDelay->setAudioVideoSync(
@@ -665,15 +674,14 @@ bool kepTVAudio::setOffsetDelay(JValue payload)
 bool kepTVAudio::setPictureSettings(JValue payload)
 {
     constexpr const char* kLevel = key::kMemcDelayLevel.name;
-    KEP_INFO("INFO_LOG", "Set picture settings for %s", payload.stringify().c_str());
+    KEP_INFO("Set picture settings for %s", payload.stringify().c_str());
     std::string level;
     if (!payload[kLevel].asString(level))
         return false;
     kepTvParser::Map& params = mPtrParserInstance->mQualityParamsMap;
     const std::optional<std::string> before = qualityParam(kLevel);
     if (level == before.value_or("")) {
-        KEP_INFO("INFO_LOG",
-                 "memcDelayLevelValue %s is same as previous MemcDelayLevelValue %s ", // sic
+        KEP_INFO("memcDelayLevelValue %s is same as previous MemcDelayLevelValue %s ", // sic
                  level.c_str(), before.value_or("").c_str());
         return true;
     }

@@ -115,7 +115,7 @@ bool kepTVAudio::isValidSoundout() const
 
 KEP_AUDIO_SNDOUT_T kepTVAudio::getPopNoiseSoundOutput() const
 {
-    KEP_INFO("INFO_LOG", "getPopNoiseSoundOutput soundOutput: %d", mPopNoiseSoundOutput);
+    KEP_INFO("getPopNoiseSoundOutput soundOutput: %d", mPopNoiseSoundOutput);
     return mPopNoiseSoundOutput;
 }
 
@@ -133,15 +133,14 @@ bool kepTVAudio::hasPipelineId(const AudioVideoInfo& pipeline, const std::string
 
 bool kepTVAudio::isNewPipelineId(std::string pipelineId) const
 {
-    KEP_INFO("INFO_LOG", "Checking PipelineId is New or existing %s", pipelineId.c_str());
+    KEP_INFO("Checking PipelineId is New or existing %s", pipelineId.c_str());
     if (AudioVideoInfoMapVector.empty()) {
-        KEP_INFO("INFO_LOG", "Vector of AudioVideoInfo map is empty, so new pipelineId requested");
+        KEP_INFO("Vector of AudioVideoInfo map is empty, so new pipelineId requested");
         return true;
     }
     if (nextPipeline(pipelineId, 0) == AudioVideoInfoMapVector.size())
         return true;
-    KEP_INFO("INFO_LOG", "PipelineId is matching, so need to update the map pipelineId %s",
-             pipelineId.c_str());
+    KEP_INFO("PipelineId is matching, so need to update the map pipelineId %s", pipelineId.c_str());
     return false;
 }
 
@@ -164,7 +163,7 @@ bool kepTVAudio::isValidPipelineId(std::string pipelineId) const
 bool kepTVAudio::isValidpipelinePurpose(JValue attributes) const
 {
     const JValue purposes = attributes[key::kAttributePurpose.name];
-    KEP_INFO("INFO_LOG", "isValidpipelinePurpose purposeType: %s", purposes.stringify().c_str());
+    KEP_INFO("isValidpipelinePurpose purposeType: %s", purposes.stringify().c_str());
     for (const JValue& purpose : purposes.elements()) {
         const std::string name = purpose.asString();
         if (name == "AUDIO_DESC" || name == "EFFECT")

@@ -82,9 +82,9 @@ StartupWorker::~StartupWorker()
     while (mShared.running > self) {
         if (!awaitPost(mShared.workEnded, deadline)) {
             gAbandoned = true;
-            KEP_LOG_AS((kepLogOrigin{"keptvaudio", "startXmlParsing", __LINE__}), kLogError,
-                       "ERROR_LOG", "Step %s has not ended within %d ms, leaving without it",
-                       mShared.step.load(), static_cast<int>(kPatience.count()));
+            KEP_ERROR_AS((kepLogOrigin{"keptvaudio", "startXmlParsing", __LINE__}), "ERROR_LOG",
+                         "Step %s has not ended within %d ms, leaving without it",
+                         mShared.step.load(), static_cast<int>(kPatience.count()));
             return;
         }
     }

@@ -132,6 +132,11 @@ void afterForkInChild()
 
 } // namespace
 
+unsigned int shortId() noexcept
+{
+    return static_cast<unsigned int>(pthread_self());
+}
+
 void surviveForks()
 {
     // Without memory there are no handlers; a fork is then what it would be without this.

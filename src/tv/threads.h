@@ -63,6 +63,9 @@ public:
     InForeignLibraries& operator=(const InForeignLibraries&) = delete;
 };
 
+/// What the log calls the calling thread.
+[[nodiscard]] unsigned int shortId() noexcept;
+
 /// From now on a fork finds no guard held, but by its own thread. For the first launch of a thread.
 void surviveForks();
 

@@ -54,7 +54,7 @@ void sayError()
 }
 void sayInfo()
 {
-    KEP_INFO("SOME_INFO", "started %s", "twice");
+    KEP_INFO("started %s", "twice");
 }
 void sayDebug()
 {
@@ -66,7 +66,7 @@ void sayWithoutArguments()
 }
 int sayAndTellLine()
 {
-    KEP_INFO("WHERE", "here");
+    KEP_LOG(kLogInfo, "WHERE", "here");
     return __LINE__ - 1;
 }
 int sayNamed(const char* function)
@@ -74,13 +74,13 @@ int sayNamed(const char* function)
     KEP_LOG_AS(KEP_HERE.as(function), kLogInfo, "WHERE", "here");
     return __LINE__ - 1;
 }
-void sayFor(const std::string& what, const kepLogOrigin& origin = KEP_CALLER)
+void sayFor(const kepLogOrigin& origin, const std::string& what)
 {
-    KEP_LOG_AS(origin, kLogDebug, "", "on behalf of %s", what.c_str());
+    KEP_DEBUG_AS(origin, "on behalf of %s", what.c_str());
 }
 int asksAnother()
 {
-    sayFor("it");
+    sayFor(KEP_HERE, "it");
     return __LINE__ - 1;
 }
 
@@ -131,7 +131,7 @@ TEST_F(KepLog, EachMacroWritesItsLevelIdOriginAndText)
     sayWithoutArguments();
     EXPECT_THAT(logLines(),
                 ElementsAre(LogLine{kLogError, "SOME_ERROR", "keplog_test:sayError", "broken 1"},
-                            LogLine{kLogInfo, "SOME_INFO", "keplog_test:sayInfo", "started twice"},
+                            LogLine{kLogInfo, "INFO_LOG", "keplog_test:sayInfo", "started twice"},
                             LogLine{kLogDebug, "", "keplog_test:sayDebug", "looked at x"},
                             LogLine{kLogDebug, "", "keplog_test:sayWithoutArguments", "plain"}));
 }
@@ -164,8 +164,9 @@ TEST_F(KepLog, APlaceCanBearTheNameOfAnotherFunction)
 TEST_F(KepLog, APlaceIsWrittenWithTheStemOfItsFile)
 {
     takeRaw();
-    sayFor("it", {"/usr/src/kep-0.1.0/src/tv/keptvaudio.cpp", "setMute", 4711});
-    sayFor("it", {"keptvaudio", "setMute", 4711});
+    sayFor({kepLogStemOf("/usr/src/kep-0.1.0/src/tv/keptvaudio.routing.cpp"), "setMute", 4711},
+           "it");
+    sayFor({"keptvaudio", "setMute", 4711}, "it");
     const RawMessage expected{"kep", kLogDebug, "", "keptvaudio:setMute(4711) on behalf of it", 0};
     EXPECT_THAT(raw(), ElementsAre(expected, expected));
 }
@@ -199,9 +200,9 @@ TEST_F(KepLog, ArgumentsAreEvaluatedOnceWhenAdmittedAndElseNotAtAll)
         int debugs = 0;
         int debugsForCaller = 0;
         KEP_ERROR("SOME_ERROR", "%d", ++errors);
-        KEP_INFO("SOME_INFO", "%d", ++infos);
+        KEP_INFO("%d", ++infos);
         KEP_DEBUG("%d", ++debugs);
-        KEP_LOG_AS(KEP_HERE.as("caller"), kLogDebug, "", "%d", ++debugsForCaller);
+        KEP_DEBUG_AS(KEP_HERE.as("caller"), "%d", ++debugsForCaller);
         EXPECT_EQ(errors, row.error ? 1 : 0) << row.admitted;
         EXPECT_EQ(infos, row.info ? 1 : 0) << row.admitted;
         EXPECT_EQ(debugs, row.debug ? 1 : 0) << row.admitted;
