@@ -51,14 +51,19 @@ std::string lacks(const std::string& path, const std::string& what, const char* 
 
 } // namespace
 
+std::string configurationPath()
+{
+    return pathOf("kep-config.json");
+}
+
 std::string configuredBackend()
 {
-    return contentOf(pathOf("kep-config.json"))[section()][kBackendKey].asString();
+    return contentOf(configurationPath())[section()][kBackendKey].asString();
 }
 
 std::string configurationFault()
 {
-    const std::string path = pathOf("kep-config.json");
+    const std::string path = configurationPath();
     const JValue root = contentOf(path);
     if (!root.isObject())
         return "";

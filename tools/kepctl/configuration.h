@@ -4,6 +4,9 @@
 
 #include <string>
 
+/// Where kep-config.json is.
+std::string configurationPath();
+
 /// The backend that kep-config.json names; "" when it names none.
 std::string configuredBackend();
 

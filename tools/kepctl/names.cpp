@@ -8,7 +8,6 @@
 #include "cardelements.h"
 #include "devicenames.h"
 #include "kepcatalogue.h"
-#include "kepfactory.h"
 
 namespace names
 {
@@ -23,14 +22,6 @@ void add(Names& names, const std::string& name)
 }
 
 } // namespace
-
-Names backends()
-{
-    Names all;
-    for (const auto& [name, creator] : kepFactory::getInstance()->getRegistry())
-        all.push_back(name);
-    return all;
-}
 
 Names soundOutputs()
 {

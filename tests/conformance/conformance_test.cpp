@@ -1,0 +1,669 @@
+// SPDX-License-Identifier: Apache-2.0
+// kep-conformance: passes on the virtual television, and on one that was made wrong names the way.
+// The checks run in a child, which makes its television wrong first.
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <alsa/asoundlib.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "devicenames.h"
+#include "environment.h"
+#include "faults.h"
+#include "jvalue.h"
+#include "kepcatalogue.h"
+#include "platformlog.h"
+#include "television.h"
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using virtualtv::FaultPoint;
+
+using Texts = std::vector<std::string>;
+
+// --- Calls that a test can make wrong: found here before they are found in their library
+
+namespace
+{
+
+bool gForgetWrites = false;    // the card takes a write, and keeps what it had
+bool gNoLevelFilledIn = false; // the input line is read without a level
+bool gDropLog = false;         // no line arrives
+bool gDropPairs = false;       // lines arrive without their keys
+bool gLeaveNoLineOut = false;  // lines that are not admitted arrive, too
+bool gThrow = false;           // an operation throws
+
+template <typename Function>
+Function* next(const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+extern "C" {
+
+int snd_hctl_elem_write(snd_hctl_elem_t* element, snd_ctl_elem_value_t* value)
+{
+    return gForgetWrites
+               ? 0
+               : next<decltype(snd_hctl_elem_write)>("snd_hctl_elem_write")(element, value);
+}
+
+int HWIO_GPIO_ReadInputPort(const char* line, std::uint8_t* level);
+int HWIO_GPIO_ReadInputPort(const char* line, std::uint8_t* level)
+{
+    return gNoLevelFilledIn
+               ? 0
+               : next<decltype(HWIO_GPIO_ReadInputPort)>("HWIO_GPIO_ReadInputPort")(line, level);
+}
+
+int subcpu_misc_Set_HPMuteOnOff(bool mute);
+int subcpu_misc_Set_HPMuteOnOff(bool mute)
+{
+    if (gThrow)
+        throw std::runtime_error{"no such chip"};
+    return next<decltype(subcpu_misc_Set_HPMuteOnOff)>("subcpu_misc_Set_HPMuteOnOff")(mute);
+}
+
+void LogMsgPrefixed(LogContext* context, int level, const char* id, const LogPair* pairs,
+                    std::size_t pairCount, const char* prefix, const char* format,
+                    va_list arguments) noexcept
+{
+    if (gDropLog)
+        return;
+    if (gLeaveNoLineOut)
+        LogSetLevel(context, kLogDebug);
+    next<decltype(LogMsgPrefixed)>("LogMsgPrefixed")(
+        context, level, id, pairs, gDropPairs ? 0 : pairCount, prefix, format, arguments);
+}
+}
+
+namespace
+{
+
+struct Outcome {
+    int status = -1;
+    std::string output;
+};
+
+class Conformance : public testing::Test
+{
+protected:
+    using Preparation = std::function<void()>;
+
+    Conformance()
+    {
+        char name[] = "/tmp/conformanceXXXXXX";
+        mFolder = mkdtemp(name);
+        setenv("KEP_VIRTUALTV_STATE", (mFolder / "state").c_str(), 1);
+        virtualtv::enter();
+    }
+    ~Conformance() override { std::filesystem::remove_all(mFolder); }
+
+    /// Runs the checks as TAP, after `prepare` in the same process.
+    Outcome tap(Texts arguments, const Preparation& prepare = {})
+    {
+        arguments.insert(arguments.begin(), "--tap");
+        return run(std::move(arguments), prepare);
+    }
+
+    Outcome run(Texts arguments, const Preparation& prepare = {})
+    {
+        arguments.insert(arguments.begin(), {"kep-conformance", "--config", mConfig});
+        const pid_t child = fork();
+        if (child == 0)
+            inChild(arguments, prepare);
+        return ended(child);
+    }
+
+    /// Runs the built program itself, with that library folder in front.
+    Outcome program(const Texts& arguments, const std::string& libraries = "")
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            redirect();
+            if (!libraries.empty())
+                setenv("LD_LIBRARY_PATH", libraries.c_str(), 1);
+            std::vector<char*> words = {const_cast<char*>(CONFORMANCE_PROGRAM)};
+            for (const std::string& word : arguments)
+                words.push_back(const_cast<char*>(word.c_str()));
+            words.push_back(nullptr);
+            execv(words.front(), words.data());
+            _exit(127);
+        }
+        return ended(child);
+    }
+
+    /// One row of a card table.
+    struct Row {
+        std::string name;
+        std::string type = "integer";
+        std::size_t count = 0;
+        long minimum = 0;
+        long maximum = 0;
+        std::string access = "rw";
+        std::string interface = "mixer";
+    };
+
+    /// What the library needs of a card, and not a number more.
+    static std::vector<Row> exactRows()
+    {
+        std::vector<Row> rows;
+        for (const kepControlElement& element : kepCatalogue::controlElements()) {
+            Row row{.name = element.name, .count = element.integers.size()};
+            for (const kepControlInteger& integer : element.integers) {
+                row.minimum = std::min<long>(row.minimum, integer.minimum);
+                row.maximum = std::max<long>(row.maximum, integer.maximum);
+                if (integer.numbers != nullptr)
+                    for (const kepNamedNumber& named : *integer.numbers)
+                        row.maximum = std::max<long>(row.maximum, named.number);
+            }
+            rows.push_back(row);
+        }
+        return rows;
+    }
+
+    /// Makes the card of the checks from these rows.
+    void choose(const std::vector<Row>& rows) const
+    {
+        std::ostringstream table;
+        table << R"({"card":"Desk","elements":[)";
+        for (const Row& row : rows) {
+            table << (&row == rows.data() ? "" : ",") << R"({"name":")" << row.name
+                  << R"(","iface":")" << row.interface << R"(","type":")" << row.type
+                  << R"(","count":)" << row.count << R"(,"access":")" << row.access << '"';
+            if (row.type == "integer")
+                table << R"(,"min":)" << row.minimum << R"(,"max":)" << row.maximum;
+            table << "}";
+        }
+        table << "]}";
+        std::ofstream{mFolder / "card.json"} << table.str();
+        virtualtv::chooseCardFile(mFolder / "card.json");
+    }
+
+    /// The exact card with that element changed.
+    void chooseWith(const std::string& name, const std::function<void(Row&)>& change) const
+    {
+        std::vector<Row> rows = exactRows();
+        for (Row& row : rows)
+            if (row.name == name)
+                change(row);
+        choose(rows);
+    }
+
+    [[nodiscard]] std::string file(const std::string& name, const std::string& content) const
+    {
+        std::ofstream{mFolder / name} << content;
+        return mFolder / name;
+    }
+    [[nodiscard]] const std::filesystem::path& folder() const { return mFolder; }
+
+    std::string mConfig = CONFORMANCE_CONFIG "/TV";
+
+private:
+    void redirect() const
+    {
+        const int output = open((mFolder / "output").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        dup2(output, STDOUT_FILENO);
+        dup2(output, STDERR_FILENO);
+    }
+
+    [[noreturn]] void inChild(const Texts& arguments, const Preparation& prepare) const
+    {
+        redirect();
+        if (prepare)
+            prepare();
+        void* module = dlopen(CONFORMANCE_MODULE, RTLD_NOW | RTLD_GLOBAL);
+        auto* entry = module != nullptr
+                          ? reinterpret_cast<int (*)(int, char**)>(dlsym(module, "kepConformance"))
+                          : nullptr;
+        if (entry == nullptr)
+            fputs(dlerror(), stdout);
+        std::vector<char*> words;
+        for (const std::string& word : arguments)
+            words.push_back(const_cast<char*>(word.c_str()));
+        const int status =
+            entry != nullptr ? entry(static_cast<int>(words.size()), words.data()) : 127;
+        fflush(stdout);
+        _exit(status);
+    }
+
+    [[nodiscard]] Outcome ended(pid_t child) const
+    {
+        int status = 0;
+        waitpid(child, &status, 0);
+        std::ostringstream output;
+        output << std::ifstream{mFolder / "output"}.rdbuf();
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output.str()};
+    }
+
+    std::filesystem::path mFolder;
+};
+
+/// The sentences that stand behind failed claims.
+Texts failures(const Outcome& outcome)
+{
+    Texts found;
+    std::istringstream lines{outcome.output};
+    for (std::string line, why; std::getline(lines, line);)
+        if (line.starts_with("not ok") && std::getline(lines, why))
+            found.push_back(line.substr(line.find(" - ") + 3) + ": " + why.substr(2));
+    return found;
+}
+
+/// One failure and no other, in these words.
+void expectOnly(const Outcome& outcome, const std::string& words)
+{
+    EXPECT_EQ(outcome.status, 1) << outcome.output;
+    EXPECT_THAT(failures(outcome), testing::ElementsAre(words)) << outcome.output;
+}
+
+void plant(FaultPoint point, const std::string& name, int status, unsigned delayMs = 0)
+{
+    virtualtv::inject({.point = point,
+                       .name = name,
+                       .card = "",
+                       .status = status,
+                       .times = {},
+                       .delayMs = delayMs});
+}
+
+} // namespace
+
+// --- A television that is right
+
+TEST_F(Conformance, TheVirtualTelevisionPassesSilently)
+{
+    const Outcome outcome = run({});
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr(" passed, 0 failed, "));
+}
+
+TEST_F(Conformance, TheVirtualTelevisionPassesAudibly)
+{
+    const Outcome outcome =
+        tap({"--audible", "--register", "0x34:1:0x00"}, [] { virtualtv::setI2cData({"0x1f"}); });
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_THAT(outcome.output, Not(HasSubstr("SKIP")));
+    EXPECT_THAT(outcome.output, AllOf(StartsWith("TAP version 13\n"), HasSubstr("\n1..152\n")));
+}
+
+TEST_F(Conformance, ACardThatTakesWhatIsWrittenAndNoMorePasses)
+{
+    choose(exactRows());
+    const Outcome outcome = tap({"--audible"});
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+}
+
+TEST_F(Conformance, ASilentRunWritesNoNewValueAndMakesNoAudibleCall)
+{
+    const Outcome outcome = tap({}, [] {
+        // Whatever could be heard would fail.
+        for (const char* command : {"Sndout Open", "Sndout Close", "Sndout Connect",
+                                    "Sndout Disconnect", "Mute Output", "Gain Output"})
+            plant(FaultPoint::CardWrite, command, -EIO);
+        for (const virtualtv::DeviceOperation& operation : virtualtv::kMiddlewareOperations)
+            if (operation.name != std::string{"amplifier.getAmpState"})
+                plant(FaultPoint::Middleware, operation.name, 1);
+        plant(FaultPoint::SubMicro, "subcpu_misc_Set_HPMuteOnOff", 1);
+    });
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+}
+
+TEST_F(Conformance, EveryOperationElementAndLineIsChecked)
+{
+    const std::string output = tap({"--audible"}).output;
+    for (const virtualtv::DeviceOperation& operation : virtualtv::kMiddlewareOperations)
+        EXPECT_THAT(output, HasSubstr(std::string{" - "} + operation.name + " answers"));
+    for (const virtualtv::DeviceOperation& operation : virtualtv::kSubMicroOperations)
+        EXPECT_THAT(output, HasSubstr(std::string{" - "} + operation.name + " answers"));
+    for (const char* line : virtualtv::kInputLines)
+        EXPECT_THAT(output, HasSubstr(std::string{" - "} + line + " can be read"));
+    for (const kepControlElement& element : kepCatalogue::controlElements())
+        EXPECT_THAT(output, HasSubstr(std::string{" - \""} + element.name + "\" can be written"));
+}
+
+// --- A card that was made wrong
+
+TEST_F(Conformance, ACardThatIsNotThere)
+{
+    expectOnly(tap({}, [] { plant(FaultPoint::CardOpen, "*", -ENODEV); }),
+               "the card can be opened: hw:0 cannot be opened: No such device (the virtual cards "
+               "are seen after: eval \"$(kepctl env)\")");
+}
+
+TEST_F(Conformance, ACardThatDoesNotListItsElements)
+{
+    expectOnly(tap({}, [] { plant(FaultPoint::CardLoad, "*", -EIO); }),
+               "the card can be opened: hw:0 does not list its elements: Input/output error");
+}
+
+TEST_F(Conformance, AnElementThatIsMissing)
+{
+    chooseWith("Sndout Open", [](Row& row) { row.name = "Sndout open"; });
+    expectOnly(tap({}), "\"Sndout Open\" is there and takes 1 integer: the card has no element of "
+                        "that name, but one named \"Sndout open\"");
+}
+
+TEST_F(Conformance, AnElementOfAnotherInterface)
+{
+    chooseWith("Mute Input", [](Row& row) { row.interface = "pcm"; });
+    expectOnly(tap({}),
+               "\"Mute Input\" is there and takes 3 integers: the card has it as interface "
+               "PCM, index 0, not as interface MIXER, index 0");
+}
+
+TEST_F(Conformance, AnElementThatGivesNoInformation)
+{
+    expectOnly(
+        tap({}, [] { plant(FaultPoint::CardInfo, "Gain Input", -EIO); }),
+        "\"Gain Input\" is there and takes 3 integers: it gives no information: Input/output "
+        "error");
+}
+
+TEST_F(Conformance, AnElementOfAnotherType)
+{
+    chooseWith("Sndout ARC OnOff", [](Row& row) { row.type = "boolean"; });
+    expectOnly(tap({}), "\"Sndout ARC OnOff\" is there and takes 1 integer: it is of type BOOLEAN, "
+                        "not INTEGER");
+}
+
+TEST_F(Conformance, AnElementOfAnotherCount)
+{
+    chooseWith("Sndout EARC Outputtype", [](Row& row) { row.count = 4; });
+    expectOnly(tap({}), "\"Sndout EARC Outputtype\" is there and takes 5 integers: it takes 4 "
+                        "integers, not 5");
+}
+
+TEST_F(Conformance, AnElementWithTooSmallARange)
+{
+    chooseWith("Gain Output", [](Row& row) { row.maximum = 100; });
+    expectOnly(tap({}), "\"Gain Output\" is there and takes 2 integers: it takes 0 to 100, but "
+                        "\"output type\" is written from 1 to 128");
+    chooseWith("Gain Output", [](Row& row) { row.maximum = 200; });
+    expectOnly(tap({}), "\"Gain Output\" is there and takes 2 integers: it takes 0 to 200, but "
+                        "\"gain\" is written from 8388608 to 8388608");
+}
+
+TEST_F(Conformance, AnElementThatMayNotBeWritten)
+{
+    chooseWith("Sndout EARC OnOff", [](Row& row) { row.access = "r"; });
+    expectOnly(tap({}),
+               "\"Sndout EARC OnOff\" can be written: the card does not let it be written");
+}
+
+TEST_F(Conformance, AnElementThatMayNotBeReadIsWrittenOnlyAudibly)
+{
+    chooseWith("Sndout EARC OnOff", [](Row& row) { row.access = "w"; });
+    const Outcome silent = tap({});
+    EXPECT_EQ(silent.status, 0) << silent.output;
+    EXPECT_THAT(silent.output, HasSubstr("\"Sndout EARC OnOff\" can be written # SKIP it does not "
+                                         "tell what it holds; --audible writes it\n"));
+    const Outcome audible = tap({"--audible"});
+    EXPECT_EQ(audible.status, 0) << audible.output;
+    EXPECT_THAT(audible.output,
+                HasSubstr("\"Sndout EARC OnOff\" reads back what was written # SKIP "
+                          "the card does not let it be read\n"));
+}
+
+TEST_F(Conformance, AnElementThatRefusesAWrite)
+{
+    const auto refuse = [] { plant(FaultPoint::CardWrite, "Sndout ARC OnOff", -EIO); };
+    expectOnly(tap({}, refuse),
+               "\"Sndout ARC OnOff\" can be written: it refuses 0: Input/output error");
+    expectOnly(
+        tap({"--audible", "card"}, [] { plant(FaultPoint::CardWrite, "Sndout Open", -EBUSY); }),
+        "\"Sndout Open\" can be written: it refuses 1: Device or resource busy");
+}
+
+TEST_F(Conformance, AnElementThatIsSlow)
+{
+    const Outcome outcome = tap({"--limit", "200", "card"},
+                                [] { plant(FaultPoint::CardWrite, "Sndout ARC OnOff", 0, 300); });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(failures(outcome), testing::Contains(testing::ContainsRegex(
+                                       "\"Sndout ARC OnOff\" can be written: it took 3[0-9]* ms, "
+                                       "more than the 200 of --limit")));
+}
+
+TEST_F(Conformance, AnElementThatDoesNotKeepWhatItIsWritten)
+{
+    const Outcome outcome = tap({"--audible", "card"}, [] { gForgetWrites = true; });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(
+        failures(outcome),
+        testing::Contains("\"Mute Input\" reads back what was written: it was written 1, 0, "
+                          "0, and reads 0, 0, 0"));
+}
+
+// --- Middleware that was made wrong
+
+TEST_F(Conformance, MiddlewareThatLacksAnOperation)
+{
+    const Outcome outcome = program({"--tap"}, CONFORMANCE_INCOMPLETE);
+    EXPECT_EQ(outcome.status, 1);
+    ASSERT_EQ(failures(outcome).size(), 1U) << outcome.output;
+    EXPECT_THAT(failures(outcome).front(),
+                testing::MatchesRegex("all operations are in the television's libraries: .* needs "
+                                      "mwl_delay::MWLDelay::.*, which none of the television's "
+                                      "libraries has"));
+    EXPECT_THAT(
+        program({}, CONFORMANCE_INCOMPLETE).output,
+        AllOf(StartsWith("Libraries\n  FAIL  "), EndsWith("\n0 passed, 1 failed, 0 skipped\n")));
+}
+
+TEST_F(Conformance, MiddlewareThatFails)
+{
+    expectOnly(tap({"--audible"}, [] { plant(FaultPoint::Middleware, "delay.setUserDelay", 7); }),
+               "delay.setUserDelay answers: delay.setUserDelay answered 7, not 0");
+    expectOnly(tap({}, [] { plant(FaultPoint::Middleware, "amplifier.getAmpState", -2); }),
+               "amplifier.getAmpState answers: amplifier.getAmpState answered -2, not 0");
+}
+
+TEST_F(Conformance, MiddlewareThatIsSlow)
+{
+    const Outcome outcome = tap({"--limit", "200", "middleware"}, [] {
+        plant(FaultPoint::Middleware, "gain.getGainAsInput", 0, 300);
+    });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(failures(outcome),
+                testing::Contains(testing::ContainsRegex(
+                    "gain.getGainAsInput answers: it took 3[0-9]* ms, more than the 200")));
+}
+
+TEST_F(Conformance, MiddlewareThatHangs)
+{
+    const Outcome outcome = tap({"--limit", "50", "middleware"}, [] {
+        plant(FaultPoint::Middleware, "gain.getGainAsInput", 0, 600'000);
+    });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output,
+                EndsWith("Bail out! gain.getGainAsInput has not answered for 1000 ms\n"));
+}
+
+TEST_F(Conformance, ARegisterThatCannotBeRead)
+{
+    expectOnly(
+        tap({"middleware", "--register=0x34:1:0x00"}),
+        "amplifier.readI2cDataFromAmp answers: amplifier.readI2cDataFromAmp answered 0 bytes, "
+        "not 1");
+}
+
+TEST_F(Conformance, AnInputLineThatIsMissing)
+{
+    expectOnly(tap({}, [] { plant(FaultPoint::Gpio, "GPIO_RD_HP_LINK", 3); }),
+               "GPIO_RD_HP_LINK can be read: GPIO_RD_HP_LINK answered 3, not 0");
+    expectOnly(
+        tap({}, [] { gNoLevelFilledIn = true; }),
+        "GPIO_RD_HP_LINK can be read: GPIO_RD_HP_LINK was read without a level being filled in");
+}
+
+TEST_F(Conformance, ASubMicrocontrollerThatDoesNotAnswer)
+{
+    expectOnly(
+        tap({"--audible", "lines"},
+            [] { plant(FaultPoint::SubMicro, "subcpu_misc_Set_HPMuteOnOff", 1); }),
+        "subcpu_misc_Set_HPMuteOnOff answers: subcpu_misc_Set_HPMuteOnOff answered 1, not 0");
+    expectOnly(
+        tap({"--audible", "lines"}, [] { gThrow = true; }),
+        "subcpu_misc_Set_HPMuteOnOff answers: subcpu_misc_Set_HPMuteOnOff threw: no such chip");
+}
+
+// --- A log that was made wrong
+
+TEST_F(Conformance, ALogThatDropsItsLines)
+{
+    const Outcome outcome = tap({}, [] { gDropLog = true; });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(failures(outcome),
+                testing::ElementsAre(
+                    "a line of level error arrives: a line of level error does not arrive",
+                    "a line of level warning arrives: a line of level warning does not arrive",
+                    "a line of level info arrives: a line of level info does not arrive",
+                    "a line of level debug arrives: a line of level debug does not arrive",
+                    "the library's own lines arrive in the log: the error CONFIG_FILE_READ_FAILED "
+                    "does not arrive"));
+}
+
+TEST_F(Conformance, ALogThatDropsKeysOrAdmitsEverything)
+{
+    EXPECT_THAT(
+        failures(tap({"log"}, [] { gDropPairs = true; })),
+        testing::Contains("a line of level info arrives: a line of level info arrives without "
+                          "its key and value"));
+    EXPECT_THAT(failures(tap({"log"}, [] { gLeaveNoLineOut = true; })),
+                testing::ElementsAre(
+                    "a line of level warning stays away when not admitted: it arrives all the same",
+                    "a line of level info stays away when not admitted: it arrives all the same",
+                    "a line of level debug stays away when not admitted: it arrives all the same"));
+}
+
+// --- A configuration that was made wrong
+
+TEST_F(Conformance, AConfigurationThatIsMissing)
+{
+    mConfig = folder() / "nowhere";
+    const Outcome outcome = tap({"configuration"});
+    EXPECT_EQ(outcome.status, 1);
+    ASSERT_EQ(failures(outcome).size(), 1U) << outcome.output;
+    EXPECT_THAT(failures(outcome).front(),
+                AllOf(StartsWith("kep-config.json can be read: "),
+                      HasSubstr("/nowhere/kep-config.json is no JSON object that can be read")));
+}
+
+TEST_F(Conformance, AConfigurationOfAnotherTelevision)
+{
+    mConfig = folder();
+    const std::string path = file("kep-config.json", R"({"Q27R6": {"kepAudio": "TV"}})");
+    expectOnly(tap({"configuration"}), "kep-config.json names a backend: " + path +
+                                           R"( lacks the section "Q27R5" (it has "Q27R6"))");
+}
+
+// --- Requests
+
+TEST_F(Conformance, ARequestWithAnotherCode)
+{
+    const Outcome outcome =
+        tap({"--audible", "requests"}, [] { plant(FaultPoint::CardWrite, "Mute Input", -EIO); });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(failures(outcome),
+                testing::Contains(
+                    AllOf(StartsWith("setMute mutes the film: the code is 2, not 0; logged: "),
+                          HasSubstr("Control element write error: Input/output error"))));
+}
+
+TEST_F(Conformance, TheEveningIsTheTelevisions)
+{
+    mConfig = CONFORMANCE_CONFIG "/ALSA";
+    const Outcome outcome = tap({"--audible", "requests"});
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr("initialize starts the backend # SKIP it is the "
+                                          "television's; the backend configured is ALSA"));
+}
+
+// --- The program
+
+TEST_F(Conformance, TheProgramRunsTheSameChecks)
+{
+    const Outcome outcome = program({"--tap", "--config", mConfig, "lines"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output,
+              "TAP version 13\n# GPIO and sub-microcontroller\n"
+              "ok 1 - GPIO_RD_HP_LINK can be read\n"
+              "ok 2 - subcpu_misc_Set_HPMuteOnOff answers # SKIP it could be heard; "
+              "--audible tries it\n1..2\n# 1 passed, 0 failed, 1 skipped\n");
+}
+
+TEST_F(Conformance, TheTextIsForPeople)
+{
+    const Outcome outcome =
+        run({"lines", "middleware"}, [] { plant(FaultPoint::Gpio, "GPIO_RD_HP_LINK", 3); });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(
+        outcome.output,
+        AllOf(
+            HasSubstr("GPIO and sub-microcontroller\n"
+                      "  FAIL  GPIO_RD_HP_LINK can be read:\n"
+                      "        GPIO_RD_HP_LINK answered 3, not 0\n"),
+            HasSubstr(
+                "  skip  soundengine.registerQualityParams answers (and 20 more): it could be heard; --audible tries it\n"),
+            EndsWith("\n6 passed, 1 failed, 53 skipped\n")));
+}
+
+TEST_F(Conformance, MistypedWordsAreHintedAt)
+{
+    struct Mistake {
+        Texts words;
+        const char* told;
+    };
+    for (const auto& [words, told] : std::vector<Mistake>{
+             {{"--audble"}, "unknown option --audble; did you mean \"--audible\"?"},
+             {{"crad"}, "unknown subject \"crad\"; did you mean \"card\"?"},
+             {{"xyz"}, "there are configuration, log, card, middleware, lines or requests"},
+             {{"--limit"}, "--limit lacks its value MS"},
+             {{"--limit", "0"}, "--limit must be a whole number from 1 to 60000, not \"0\""},
+             {{"--limit=1x"}, "not \"1x\""},
+             {{"--tap=1"}, "--tap takes no value"},
+             {{"--register", "0x34"}, "--register must be SLAVE:PORT:REGISTER"},
+             {{"--register", "0x34:256:1"}, "not \"0x34:256:1\""},
+             {{"--register", ""}, "not \"\""},
+         }) {
+        const Outcome outcome = program(words);
+        EXPECT_EQ(outcome.status, 2) << told;
+        EXPECT_THAT(outcome.output, AllOf(StartsWith("kep-conformance: "), HasSubstr(told)));
+    }
+}
+
+TEST_F(Conformance, HelpAndVersionAreTold)
+{
+    EXPECT_THAT(program({"--help"}).output, AllOf(HasSubstr("Usage: kep-conformance"),
+                                                  HasSubstr("--audible"), HasSubstr("requests")));
+    EXPECT_THAT(program({"--version"}).output, StartsWith("kep-conformance "));
+    EXPECT_EQ(program({"--help"}).status, 0);
+}
+
+TEST_F(Conformance, AReportThatCannotBeWrittenIsNoReport)
+{
+    const Outcome outcome = run({"lines"}, [] {
+        const int full = open("/dev/full", O_WRONLY);
+        dup2(full, STDOUT_FILENO);
+    });
+    EXPECT_EQ(outcome.status, 2);
+}
