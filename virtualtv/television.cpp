@@ -2,8 +2,11 @@
 // What the virtual television answers when it is asked.
 #include "television.h"
 
+#include <cstdlib>
+#include <fstream>
 #include <map>
 #include <mutex>
+#include <optional>
 
 namespace virtualtv
 {
@@ -33,6 +36,19 @@ auto withTelevision(Access access)
     return access(theTelevision());
 }
 
+/// What stands in the line's file, if KEP_VIRTUALTV_LINES names a folder that has one: the level is
+/// set from outside then.
+std::optional<int> levelFromOutside(const std::string& line)
+{
+    const char* folder = secure_getenv("KEP_VIRTUALTV_LINES");
+    if (folder == nullptr || *folder == '\0' || line.find('/') != std::string::npos)
+        return std::nullopt;
+    int level = 0;
+    if (std::ifstream file{std::string{folder} + "/" + line}; file >> level)
+        return level;
+    return std::nullopt;
+}
+
 } // namespace
 
 void setLineLevel(const std::string& line, int level)
@@ -42,6 +58,8 @@ void setLineLevel(const std::string& line, int level)
 
 int lineLevel(const std::string& line)
 {
+    if (const std::optional<int> level = levelFromOutside(line))
+        return *level;
     return withTelevision([&](Television& tv) {
         const auto found = tv.lineLevels.find(line);
         return found != tv.lineLevels.end() ? found->second : 0;

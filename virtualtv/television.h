@@ -16,7 +16,8 @@ struct AmplifierState {
     std::vector<std::string> states = {"on"};
 };
 
-/// Level of an input line; 0 until it is set.
+/// Level of an input line; 0 until it is set. The file of that name in the folder that
+/// KEP_VIRTUALTV_LINES names decides, if there is one.
 VIRTUALTV_EXPORT void setLineLevel(const std::string& line, int level);
 VIRTUALTV_EXPORT int lineLevel(const std::string& line);
 
