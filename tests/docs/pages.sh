@@ -19,7 +19,7 @@ if [ "$what" = debug ] && ! gdb -batch -ex run --args true >/dev/null 2>&1; then
     exit 77
 fi
 cd "$source"
-pages="README.md CONTRIBUTING.md virtualtv/README.md $(find docs -name '*.md' | sort)"
+pages="README.md CONTRIBUTING.md examples/README.md virtualtv/README.md $(find docs -name '*.md' | sort)"
 
 # --- The folder
 stage=$work/kep
@@ -27,7 +27,7 @@ mkdir -p "$stage/build/debug"
 for entry in *; do
     [ "$entry" = build ] || ln -s "$source/$entry" "$stage/$entry"
 done
-for folder in bin lib share tests; do
+for folder in bin lib share tests examples; do
     ln -s "$build/$folder" "$stage/build/$folder"
     ln -s "$build/$folder" "$stage/build/debug/$folder"
 done
