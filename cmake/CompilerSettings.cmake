@@ -21,14 +21,28 @@ if(KEP_SANITIZE)
     if(KEP_SANITIZE MATCHES undefined)
         add_compile_options(-fno-sanitize-recover=undefined)
     endif()
-else()
-    add_compile_options($<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
 endif()
+
+# --- Hardening, as Debian's
+include(CheckPIESupported)
+check_pie_supported()
+# The C library's checks need an optimizer; who has set them, in flags or in the compiler, keeps the level.
+include(CheckCXXSourceCompiles)
+set(CMAKE_TRY_COMPILE_CONFIGURATION ${CMAKE_BUILD_TYPE})
+unset(KEP_FORTIFY CACHE) # the build type may be another one than last time
+check_cxx_source_compiles("
+    #if defined(_FORTIFY_SOURCE) || !defined(__OPTIMIZE__)
+    #error left alone
+    #endif
+    int main() {}" KEP_FORTIFY)
+if(KEP_FORTIFY AND NOT KEP_SANITIZE)
+    add_compile_options(-D_FORTIFY_SOURCE=3)
+endif()
+add_compile_options(-fstack-protector-strong)
+add_link_options(-Wl,-z,relro -Wl,-z,now)
+
 # Log lines name source files; no path of the machine that built them belongs into the result.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
-add_compile_options(-fstack-protector-strong)
-add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,defs)
-if(KEP_SANITIZE)
-    # A sanitizer's runtime is found only when the program has been linked.
-    add_link_options(-Wl,-z,undefs)
+if(NOT KEP_SANITIZE) # a sanitizer's runtime is found only when the program has been linked
+    add_link_options(-Wl,-z,defs)
 endif()

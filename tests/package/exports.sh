@@ -1,11 +1,13 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
-# exports.sh LIBRARY: the library shows its own classes and nothing else.
+# exports.sh LIST LIBRARY [--record]: the library shows what the list says, and nothing else. A change that is
+# meant is recorded, and told in CHANGELOG.md.
 set -eu
-shown=$(nm -DC --defined-only "$1" | cut -d' ' -f3-)
-foreign=$(echo "$shown" |
-    grep -vE '^((typeinfo|typeinfo name|vtable) for )?kep(AlsaAudio|Audio|Catalogue|Client|Factory|TVAudio)\b') || true
-[ -z "$foreign" ] || { echo "exported, but not of the interface:"; echo "$foreign"; exit 1; }
-for operation in 'initialize()' 'getDefaultVolume() const' 'getAudioObj() const'; do
-    echo "$shown" | grep -qFx "kepClient::$operation" || { echo "not exported: $operation"; exit 1; }
-done
+list=$1 library=$2
+shown=$(nm -DC --defined-only "$library" | sed -n 's/@.*//; s/^[0-9a-f]* [B-Zu-w] //p' | LC_ALL=C sort -u)
+if [ "${3:-}" = --record ]; then
+    echo "$shown" >"$list"
+elif ! echo "$shown" | diff "$list" -; then
+    echo "exported is not what $list says (< the list, > the library); if it is meant: sh $0 $list $library --record" >&2
+    exit 1
+fi
