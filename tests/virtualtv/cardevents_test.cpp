@@ -8,7 +8,6 @@
 #include <ctime>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,6 +23,7 @@
 #include <gtest/gtest.h>
 
 #include "journal.h"
+#include "openedcard.h"
 #include "televisiontest.h"
 
 using testing::ElementsAre;
@@ -37,18 +37,6 @@ using Names = std::vector<std::string>;
 
 constexpr int kSoonMs = 10'000; // a deadline for what must come
 constexpr int kNotMs = 100;     // time enough for what must not come
-
-struct ControlCloser {
-    void operator()(snd_ctl_t* handle) const noexcept { snd_ctl_close(handle); }
-};
-using ControlPtr = std::unique_ptr<snd_ctl_t, ControlCloser>;
-
-ControlPtr opened(const std::string& card, int mode = 0)
-{
-    snd_ctl_t* handle = nullptr;
-    EXPECT_EQ(snd_ctl_open(&handle, card.c_str(), mode), 0) << card;
-    return ControlPtr{handle};
-}
 
 ControlPtr subscribed(const std::string& card, int mode = SND_CTL_NONBLOCK)
 {

@@ -4,7 +4,6 @@
 #include <climits>
 #include <cstdlib>
 #include <fstream>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "cardfile.h"
 #include "cards.h"
 #include "environment.h"
+#include "openedcard.h"
 #include "televisiontest.h"
 
 using namespace std::string_literals;
@@ -24,18 +24,6 @@ using virtualtv::Card;
 
 namespace
 {
-
-struct ControlCloser {
-    void operator()(snd_ctl_t* handle) const noexcept { snd_ctl_close(handle); }
-};
-using ControlPtr = std::unique_ptr<snd_ctl_t, ControlCloser>;
-
-ControlPtr opened(const std::string& card)
-{
-    snd_ctl_t* handle = nullptr;
-    EXPECT_EQ(snd_ctl_open(&handle, card.c_str(), 0), 0) << card;
-    return ControlPtr{handle};
-}
 
 class CardFile : public TelevisionTest
 {
