@@ -3,15 +3,10 @@
 
 #include <string>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <gmock/gmock.h>
 
-#include "asnobody.h"
-#include "jdomparser.h"
+#include "configfiletest.h"
 #include "platformlog.h"
-#include "televisiontest.h"
 
 namespace
 {
@@ -19,7 +14,6 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char* kFileName = "device-cap.json";
 constexpr const char* kComplete =
     R"({"audioMasterDefault": {"card": "hw:0", "muteControlName": "'Mute'",
         "volumeControlName": "'Volume'"}})";
@@ -64,66 +58,24 @@ void expectDefaults(const DeviceCapability& capability, const std::string& what)
                 what);
 }
 
-std::string nested(std::size_t depth)
-{
-    return R"({"audioMasterDefault": )" + std::string(depth, '[') + std::string(depth, ']') + "}";
-}
-
-/// The complete file, blown up to exactly that many bytes.
-std::string padded(std::size_t bytes)
-{
-    const std::string text = kComplete;
-    return text + std::string(bytes - text.size(), ' ');
-}
-
-class DeviceCapabilityFile : public TelevisionTest
+class DeviceCapabilityFile : public ConfigFileTest
 {
 protected:
-    DeviceCapabilityFile() { connectLog(); }
+    DeviceCapabilityFile() : ConfigFileTest("device-cap.json", "audioMasterDefault", kComplete) {}
 
-    [[nodiscard]] std::string path() const { return directory() / kFileName; }
     [[nodiscard]] DeviceCapability load(const std::string& content)
     {
-        writeConfig(kFileName, content);
+        write(content);
         forget();
         return DeviceCapability{path()};
     }
-    /// Loads, and expects the defaults with one error that names the reason.
-    void expectUnusable(const std::string& what, const std::string& reason)
+    /// The defaults, with one error that names the reason.
+    void expectUnusable(const std::string& what, const std::string& reason) override
     {
         forget();
         expectDefaults(DeviceCapability{path()}, what);
         EXPECT_THAT(logLines(), ElementsAre(loading(path()), failed(reason))) << what;
     }
-    /// Why the platform's parser would not take the file.
-    [[nodiscard]] std::string parserReason() const
-    {
-        JDomParser parser{JSchema::acceptAll()};
-        parser.parseFile(path());
-        return parser.errorText();
-    }
-};
-
-struct UnusableContent {
-    const char* what;
-    std::string content;
-};
-const UnusableContent kUnusableContents[] = {
-    {"empty", ""},
-    {"blanks", " \n"},
-    {"array", "[1, 2]"},
-    {"array of the object", "[" + std::string{kComplete} + "]"},
-    {"string", R"("audioMasterDefault")"},
-    {"number", "15"},
-    {"bool", "true"},
-    {"null", "null"},
-    {"no JSON", "card = default"},
-    {"cut short", R"({"audioMasterDefault": {"card": "hw:0")"},
-    {"something after it", std::string{kComplete} + " x"},
-    {"larger than 1 MiB", padded((std::size_t{1} << 20) + 1)},
-    {"nested 1000 deep", nested(1000)},
-    {"no UTF-8", "{\"audioMasterDefault\": \"\xff\"}"},
-    {"NUL bytes", std::string(64, '\0')},
 };
 
 constexpr const char* kMisconfiguredMembers[] = {
@@ -205,7 +157,7 @@ TEST_F(DeviceCapabilityFile, AFaultyFileKeepsTheNamesReadBefore)
 {
     DeviceCapability capability = load(kComplete);
     for (const char* content : {"[]", "{}", R"({"audioMasterDefault": {"card": "hw:1"}})"}) {
-        writeConfig(kFileName, content);
+        write(content);
         capability.loadDeviceConfig(path());
         expectNames(capability, "hw:0", "'Mute'", "'Volume'", content);
     }
@@ -228,10 +180,7 @@ TEST_F(DeviceCapabilityFile, ParsingAMemberTakesItsNamesOver)
 
 TEST_F(DeviceCapabilityFile, WhatIsNoJsonObjectKeepsTheDefaults)
 {
-    for (const UnusableContent& row : kUnusableContents) {
-        writeConfig(kFileName, row.content);
-        expectUnusable(row.what, parserReason());
-    }
+    expectNoJsonObjectIsUnusable();
 }
 
 TEST_F(DeviceCapabilityFile, OneMebibyteIsNotTooLarge)
@@ -241,29 +190,22 @@ TEST_F(DeviceCapabilityFile, OneMebibyteIsNotTooLarge)
 
 TEST_F(DeviceCapabilityFile, AMissingFileKeepsTheDefaults)
 {
-    expectUnusable("missing", "No such file or directory");
+    expectMissingIsUnusable();
 }
 
 TEST_F(DeviceCapabilityFile, AFifoKeepsTheDefaultsAtOnce)
 {
-    alarm(30); // ends a process that waits for a writer
-    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
-    expectUnusable("FIFO", parserReason());
+    expectFifoIsUnusableAtOnce();
 }
 
 TEST_F(DeviceCapabilityFile, ADirectoryKeepsTheDefaults)
 {
-    std::filesystem::create_directory(path());
-    expectUnusable("directory", parserReason());
+    expectDirectoryIsUnusable();
 }
 
 TEST_F(DeviceCapabilityFile, AnUnreadableFileKeepsTheDefaults)
 {
-    writeConfig(kFileName, kComplete);
-    ASSERT_EQ(chmod(path().c_str(), 0), 0);
-    ASSERT_EQ(chmod(directory().c_str(), 0755), 0);
-    const AsNobody nobody;
-    expectUnusable("unreadable", "Permission denied");
+    expectUnreadableIsUnusable();
 }
 
 TEST_F(DeviceCapabilityFile, NothingBelowTheAdmittedLevelIsLogged)

@@ -2,25 +2,19 @@
 #include "kepconfig.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 
-#include "asnobody.h"
-#include "jdomparser.h"
+#include "configfiletest.h"
 #include "platformlog.h"
-#include "televisiontest.h"
 
 namespace
 {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr const char* kFileName = "kep-config.json";
 
 kepConfig& config()
 {
@@ -56,68 +50,36 @@ std::string section(const std::string& members)
     return R"({"Q27R5": {)" + members + "}}";
 }
 
-std::string nested(int depth)
-{
-    const auto count = static_cast<std::size_t>(depth);
-    return R"({"Q27R5": )" + std::string(count, '[') + std::string(count, ']') + "}";
-}
-
-/// An object of exactly that many bytes.
-std::string padded(std::size_t bytes)
-{
-    const std::string text = section(R"("kepAudio": "TV")");
-    return text + std::string(bytes - text.size(), ' ');
-}
-
-class KepConfig : public TelevisionTest
+class KepConfig : public ConfigFileTest
 {
 protected:
-    KepConfig() { connectLog(); }
+    KepConfig() : ConfigFileTest("kep-config.json", "Q27R5", section(R"("kepAudio": "TV")")) {}
 
-    [[nodiscard]] std::string path() const { return directory() / kFileName; }
     bool load(const std::string& content)
     {
-        writeConfig(kFileName, content);
+        write(content);
         return config().loadKEPConfig();
     }
-    /// Loads, expects the failure with that reason and nothing left of an earlier root.
-    void expectUnusable(const std::string& what, const std::string& reason)
+    void loadGood() override { EXPECT_TRUE(config().loadKEPConfig()); }
+    void expectUnusable(const std::string& what, const std::string& reason) override
     {
         forget();
         EXPECT_FALSE(config().loadKEPConfig()) << what;
         EXPECT_THAT(logLines(), ElementsAre(loading(path()), failed(path(), reason))) << what;
         EXPECT_EQ(config().getValue("kepAudio"), "") << what;
     }
-    /// Why the platform's parser would not take the file.
-    [[nodiscard]] std::string parserReason() const
+    /// Neither a text nor a number is there, and the log says so.
+    void expectNothing(const std::string& what)
     {
-        JDomParser parser{JSchema::acceptAll()};
-        parser.parseFile(path());
-        return parser.errorText();
+        forget();
+        EXPECT_EQ(config().getValue("kepAudio"), "") << what;
+        EXPECT_EQ(config().getDefaultVolume("kepDefaultVolume"), 0) << what;
+        EXPECT_THAT(logLines(),
+                    ElementsAre(wanted("getValue", "kepAudio"), notFound("getValue", "kepAudio"),
+                                wanted("getDefaultVolume", "kepDefaultVolume"),
+                                notFound("getDefaultVolume", "kepDefaultVolume")))
+            << what;
     }
-};
-
-struct UnusableContent {
-    const char* what;
-    std::string content;
-};
-const UnusableContent kUnusableContents[] = {
-    {"empty", ""},
-    {"blanks", " \n"},
-    {"array", "[1, 2]"},
-    {"array of the object", "[" + section(R"("kepAudio": "TV")") + "]"},
-    {"string", R"("Q27R5")"},
-    {"number", "15"},
-    {"bool", "true"},
-    {"null", "null"},
-    {"no JSON", "kepAudio = TV"},
-    {"cut short", R"({"Q27R5": {"kepAudio": "TV")"},
-    {"something after it", section(R"("kepAudio": "TV")") + " x"},
-    {"comma at the end", section(R"("kepAudio": "TV",)")},
-    {"larger than 1 MiB", padded((std::size_t{1} << 20) + 1)},
-    {"nested 1000 deep", nested(1000)},
-    {"no UTF-8", section("\"kepAudio\": \"T\xff\"")},
-    {"NUL bytes", std::string(64, '\0')},
 };
 
 struct NumberRow {
@@ -189,14 +151,8 @@ TEST_F(KepConfig, ReadingAValueSaysWhichOne)
 
 TEST_F(KepConfig, AMissingKeyReadsAsNothingAndSaysSo)
 {
-    load(section(""));
-    forget();
-    EXPECT_EQ(config().getValue("kepAudio"), "");
-    EXPECT_EQ(config().getDefaultVolume("kepDefaultVolume"), 0);
-    EXPECT_THAT(logLines(),
-                ElementsAre(wanted("getValue", "kepAudio"), notFound("getValue", "kepAudio"),
-                            wanted("getDefaultVolume", "kepDefaultVolume"),
-                            notFound("getDefaultVolume", "kepDefaultVolume")));
+    EXPECT_TRUE(load(section("")));
+    expectNothing("empty section");
 }
 
 TEST_F(KepConfig, AnObjectWithoutTheSectionLoadsAndAnswersNothing)
@@ -205,29 +161,16 @@ TEST_F(KepConfig, AnObjectWithoutTheSectionLoadsAndAnswersNothing)
                                 R"({"Q27R6": {"kepAudio": "TV"}})"}) {
         forget();
         EXPECT_TRUE(load(content)) << content;
-        EXPECT_EQ(config().getValue("kepAudio"), "") << content;
-        EXPECT_EQ(config().getDefaultVolume("kepDefaultVolume"), 0) << content;
-        EXPECT_THAT(logLines(), ElementsAre(loading(path()), wanted("getValue", "kepAudio"),
-                                            notFound("getValue", "kepAudio"),
-                                            wanted("getDefaultVolume", "kepDefaultVolume"),
-                                            notFound("getDefaultVolume", "kepDefaultVolume")))
-            << content;
+        EXPECT_THAT(logLines(), ElementsAre(loading(path()))) << content;
+        expectNothing(content);
     }
 }
 
 TEST_F(KepConfig, ASectionThatIsNoObjectLoadsAndAnswersNothing)
 {
     for (const char* value : {R"("TV")", "15", "true", "null", R"(["kepAudio", "TV"])"}) {
-        const std::string content = std::string{R"({"Q27R5": )"} + value + "}";
-        EXPECT_TRUE(load(content)) << value;
-        forget();
-        EXPECT_EQ(config().getValue("kepAudio"), "") << value;
-        EXPECT_EQ(config().getDefaultVolume("kepDefaultVolume"), 0) << value;
-        EXPECT_THAT(logLines(),
-                    ElementsAre(wanted("getValue", "kepAudio"), notFound("getValue", "kepAudio"),
-                                wanted("getDefaultVolume", "kepDefaultVolume"),
-                                notFound("getDefaultVolume", "kepDefaultVolume")))
-            << value;
+        EXPECT_TRUE(load(member("Q27R5", value))) << value;
+        expectNothing(value);
     }
 }
 
@@ -269,12 +212,7 @@ TEST_F(KepConfig, TheKeyIsTheCallersChoice)
 
 TEST_F(KepConfig, BeforeItIsLoadedThereIsNothing)
 {
-    EXPECT_EQ(config().getValue("kepAudio"), "");
-    EXPECT_EQ(config().getDefaultVolume("kepDefaultVolume"), 0);
-    EXPECT_THAT(logLines(),
-                ElementsAre(wanted("getValue", "kepAudio"), notFound("getValue", "kepAudio"),
-                            wanted("getDefaultVolume", "kepDefaultVolume"),
-                            notFound("getDefaultVolume", "kepDefaultVolume")));
+    expectNothing("not loaded");
 }
 
 TEST_F(KepConfig, EachLoadReadsTheFileAnew)
@@ -291,11 +229,7 @@ TEST_F(KepConfig, EachLoadReadsTheFileAnew)
 
 TEST_F(KepConfig, WhatIsNoJsonObjectFails)
 {
-    for (const UnusableContent& row : kUnusableContents) {
-        load(section(R"("kepAudio": "TV")"));
-        writeConfig(kFileName, row.content);
-        expectUnusable(row.what, parserReason());
-    }
+    expectNoJsonObjectIsUnusable();
 }
 
 TEST_F(KepConfig, OneMebibyteIsNotTooLarge)
@@ -306,29 +240,22 @@ TEST_F(KepConfig, OneMebibyteIsNotTooLarge)
 
 TEST_F(KepConfig, AMissingFileFails)
 {
-    expectUnusable("missing", "No such file or directory");
+    expectMissingIsUnusable();
 }
 
 TEST_F(KepConfig, AFifoFailsAtOnce)
 {
-    alarm(30); // ends a process that waits for a writer
-    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
-    expectUnusable("FIFO", parserReason());
+    expectFifoIsUnusableAtOnce();
 }
 
 TEST_F(KepConfig, ADirectoryFails)
 {
-    std::filesystem::create_directory(path());
-    expectUnusable("directory", parserReason());
+    expectDirectoryIsUnusable();
 }
 
 TEST_F(KepConfig, AnUnreadableFileFails)
 {
-    writeConfig(kFileName, section(R"("kepAudio": "TV")"));
-    ASSERT_EQ(chmod(path().c_str(), 0), 0);
-    ASSERT_EQ(chmod(directory().c_str(), 0755), 0);
-    const AsNobody nobody;
-    expectUnusable("unreadable", "Permission denied");
+    expectUnreadableIsUnusable();
 }
 
 TEST_F(KepConfig, ALinkToTheFileIsFollowedAndALooseOneFails)
