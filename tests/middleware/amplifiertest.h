@@ -238,6 +238,16 @@ inline JValue registerRequestWithout(const std::string& key)
     return request;
 }
 
+/// Whatever is no object with keys.
+inline std::vector<JValue> unusableRequests()
+{
+    std::vector<JValue> requests = payloadsWithoutKeys();
+    JValue array = JValue::array();
+    array.append(registerRequest());
+    requests.push_back(array);
+    return requests;
+}
+
 /// The arguments that the middleware has to be given, as JSON texts.
 struct RegisterArguments {
     std::string slaveAddress = R"("0x2A")";
@@ -290,25 +300,26 @@ inline Operation readRegisters(const JValue& request, const RegisterArguments& a
               .call = "amplifier.readI2cDataFromAmp(" + arguments.text(Register::Read) + ")"}}};
 }
 
-struct ByteKey {
+struct RequestKey {
     const char* key;
     std::string RegisterArguments::*argument;
 };
-inline constexpr ByteKey kByteKeys[] = {
+inline constexpr RequestKey kByteKeys[] = {
     {"portNumber", &RegisterArguments::portNumber},
     {"numberOfByte", &RegisterArguments::numberOfByte},
     {"sizeOfArray", &RegisterArguments::sizeOfArray},
 };
-inline constexpr ByteKey kTextKeys[] = {
+inline constexpr RequestKey kTextKeys[] = {
     {"slaveAddress", &RegisterArguments::slaveAddress},
     {"address", &RegisterArguments::address},
 };
 
-struct ByteRow {
+/// A value of a request, and what the middleware is told for it, both as JSON.
+struct ConversionRow {
     const char* json;
-    const char* byte;
+    const char* passed;
 };
-inline constexpr ByteRow kBytes[] = {
+inline constexpr ConversionRow kBytes[] = {
     {"0", "0"},           {"255", "255"},   {"256", "0"},           {"257", "1"},
     {"300", "44"},        {"-1", "255"},    {"-256", "0"},          {"3.7", "3"},
     {"-3.7", "253"},      {"1.9e2", "190"}, {"99999999999", "255"}, {"-99999999999", "0"},
@@ -316,21 +327,13 @@ inline constexpr ByteRow kBytes[] = {
     {R"({"a": 7})", "0"},
 };
 
-struct TextRow {
-    const char* json;
-    const char* text; // as JSON
-};
-inline constexpr TextRow kTexts[] = {
+inline constexpr ConversionRow kTexts[] = {
     {R"("0x34")", R"("0x34")"}, {R"("52")", R"("52")"}, {R"("no address")", R"("no address")"},
     {R"("")", R"("")"},         {R"("%s")", R"("%s")"}, {"52", R"("")"},
     {"true", R"("")"},          {"null", R"("")"},      {R"(["0x34"])", R"("")"},
 };
 
-struct DataRow {
-    const char* json;
-    const char* passed;
-};
-inline constexpr DataRow kData[] = {
+inline constexpr ConversionRow kData[] = {
     {R"(["0x10", 5, "0x20"])", R"(["0x10","0x20"])"},
     {R"(["", "not hexadecimal"])", R"(["","not hexadecimal"])"},
     {R"([1, 2.5, true, null, ["0x10"], {"a": "0x20"}])", "[]"},
@@ -420,12 +423,17 @@ protected:
         forget();
     }
 
-    /// Both register operations for a request, with what they make of it.
-    void expectWriteAndRead(const std::string& what, const JValue& request,
-                            const RegisterArguments& arguments)
+    /// Both register operations for each value of one key.
+    template <std::size_t Size>
+    void expectWritesAndReads(const RequestKey& key, const ConversionRow (&rows)[Size])
     {
-        expectAllOutcomes(writeRegisters(request, arguments));
-        const Operation read = readRegisters(request, arguments);
-        expectTrace(what, read.act, {read.steps[0].call}, {readCalled(request)});
+        for (const ConversionRow& row : rows) {
+            const JValue request = registerRequest(key.key, json(row.json));
+            RegisterArguments arguments;
+            arguments.*key.argument = row.passed;
+            expectAllOutcomes(writeRegisters(request, arguments));
+            const Operation read = readRegisters(request, arguments);
+            expectTrace(row.json, read.act, {read.steps[0].call}, {readCalled(request)});
+        }
     }
 };

@@ -16,34 +16,24 @@ using testing::IsEmpty;
 
 TEST_F(KepTvAmplifier, ThereIsOneAdapter)
 {
-    ASSERT_NE(kepTVAmplifier::getInstance(), nullptr);
-    EXPECT_EQ(kepTVAmplifier::getInstance(), kepTVAmplifier::getInstance());
+    expectOneInstance<kepTVAmplifier>();
 }
 
 TEST_F(KepTvAmplifier, InitialisingAlwaysSucceedsAndCallsNothing)
 {
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(amplifier().initAmplifier());
-        EXPECT_THAT(logLines(), ElementsAre(kLog.info("initAmplifier",
-                                                      "mPtrAmplifierInstance is Initialised")));
-        EXPECT_THAT(middlewareCalls(), IsEmpty());
-        EXPECT_FALSE(amplifier().mIsBootup); // the backend's to set
-        forget();
-    }
+    expectInitialising([] { return amplifier().initAmplifier(); },
+                       kLog.info("initAmplifier", "mPtrAmplifierInstance is Initialised"));
+    EXPECT_FALSE(amplifier().mIsBootup); // the backend's to set
 }
 
 TEST_F(KepTvAmplifier, EachOperationCallsAndLogsAsItsTableSays)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectAllOutcomes(operation);
+    expectAllOutcomes(operations());
 }
 
 TEST_F(KepTvAmplifier, AtErrorLevelOnlyFailuresAreLogged)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectErrorsOnly(operation);
+    expectErrorsOnly(operations());
     admit(kLogError);
     expectTrace("read", [] { amplifier().readI2cDataFromAmplifier(registerRequest()); },
                 {"amplifier.readI2cDataFromAmp(" + RegisterArguments{}.text(Register::Read) + ")"},

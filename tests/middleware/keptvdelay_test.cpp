@@ -224,33 +224,23 @@ std::vector<Operation> operations()
 
 TEST_F(KepTvDelay, ThereIsOneAdapter)
 {
-    ASSERT_NE(kepTVDelay::getInstance(), nullptr);
-    EXPECT_EQ(kepTVDelay::getInstance(), kepTVDelay::getInstance());
+    expectOneInstance<kepTVDelay>();
 }
 
 TEST_F(KepTvDelay, InitialisingAlwaysSucceedsAndCallsNothing)
 {
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(delay().initDelay());
-        EXPECT_THAT(logLines(),
-                    ElementsAre(kLog.info("initDelay", "mPtrDelayInstance is Initialised")));
-        EXPECT_THAT(middlewareCalls(), IsEmpty());
-        forget();
-    }
+    expectInitialising([] { return delay().initDelay(); },
+                       kLog.info("initDelay", "mPtrDelayInstance is Initialised"));
 }
 
 TEST_F(KepTvDelay, EachOperationCallsAndLogsAsItsTableSays)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectAllOutcomes(operation);
+    expectAllOutcomes(operations());
 }
 
 TEST_F(KepTvDelay, AtErrorLevelOnlyFailuresAreLogged)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectErrorsOnly(operation);
+    expectErrorsOnly(operations());
 }
 
 TEST_F(KepTvDelay, AnEmptyStoreIsRegisteredAsEmptyMaps)

@@ -24,6 +24,11 @@ kepTVGain& gain()
     return *kepTVGain::getInstance();
 }
 
+LogLine given(const std::string& settings)
+{
+    return kLog.debug("setGainSettings", "settingsKeyObject " + settings);
+}
+
 class KepTvGain : public AdapterTest
 {
 protected:
@@ -36,6 +41,18 @@ protected:
     static void store(const std::string& volume)
     {
         kepTvParser::getInstance()->mQualityParamsMap["audioDescriptionVolume"] = volume;
+    }
+
+    /// Audio description cannot be switched on then, and nothing behind it is done.
+    template <typename Exception>
+    void expectStoredVolumeThrows(const std::string& stored)
+    {
+        const std::string settings =
+            R"({"audioDescription":"on","audioDescriptionVolume":5,"autoVolume":"on"})";
+        store(stored);
+        expectTrace(stored,
+                    [&] { EXPECT_THROW(gain().setGainSettings(json(settings)), Exception); }, {},
+                    {given(settings)});
     }
 };
 
@@ -159,11 +176,6 @@ constexpr VolumeRow kVolumes[] = {
 
 constexpr const char* kNotStored = "audio description volume key not present in map";
 
-LogLine given(const std::string& settings)
-{
-    return kLog.debug("setGainSettings", "settingsKeyObject " + settings);
-}
-
 Step fromStore(const std::string& volume)
 {
     return {.before = {kLog.info("setGainSettings",
@@ -226,33 +238,23 @@ constexpr const char* kBeyondInt[] = {"99999999999", "2147483648", "-2147483649"
 
 TEST_F(KepTvGain, ThereIsOneAdapter)
 {
-    ASSERT_NE(kepTVGain::getInstance(), nullptr);
-    EXPECT_EQ(kepTVGain::getInstance(), kepTVGain::getInstance());
+    expectOneInstance<kepTVGain>();
 }
 
 TEST_F(KepTvGain, InitialisingAlwaysSucceedsAndCallsNothing)
 {
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(gain().initGain());
-        EXPECT_THAT(logLines(),
-                    ElementsAre(kLog.info("initGain", "mPtrGainInstance is Initialised")));
-        EXPECT_THAT(middlewareCalls(), IsEmpty());
-        forget();
-    }
+    expectInitialising([] { return gain().initGain(); },
+                       kLog.info("initGain", "mPtrGainInstance is Initialised"));
 }
 
 TEST_F(KepTvGain, EachOperationCallsAndLogsAsItsTableSays)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectAllOutcomes(operation);
+    expectAllOutcomes(operations());
 }
 
 TEST_F(KepTvGain, AtErrorLevelOnlyFailuresAreLogged)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectErrorsOnly(operation);
+    expectErrorsOnly(operations());
     expectErrorsOnly(setGainSettings(R"({"audioDescriptionVolume":30,"autoVolume":"on"})",
                                      {fromSettings("30"), autoVolume()}));
     admit(kLogError);
@@ -380,28 +382,14 @@ TEST_F(KepTvGain, SwitchingAudioDescriptionOnWithoutAStoredVolumeIsAnErrorAndCal
 
 TEST_F(KepTvGain, AStoredVolumeWithoutDigitsThrows)
 {
-    const std::string settings =
-        R"({"audioDescription":"on","audioDescriptionVolume":5,"autoVolume":"on"})";
-    for (const char* stored : kNoDigits) {
-        store(stored);
-        forget();
-        EXPECT_THROW(gain().setGainSettings(json(settings)), std::invalid_argument) << stored;
-        EXPECT_THAT(middlewareCalls(), IsEmpty()) << stored;
-        EXPECT_THAT(logLines(), ElementsAre(given(settings))) << stored;
-    }
+    for (const char* stored : kNoDigits)
+        expectStoredVolumeThrows<std::invalid_argument>(stored);
 }
 
 TEST_F(KepTvGain, AStoredVolumeBeyondIntThrows)
 {
-    const std::string settings =
-        R"({"audioDescription":"on","audioDescriptionVolume":5,"autoVolume":"on"})";
-    for (const char* stored : kBeyondInt) {
-        store(stored);
-        forget();
-        EXPECT_THROW(gain().setGainSettings(json(settings)), std::out_of_range) << stored;
-        EXPECT_THAT(middlewareCalls(), IsEmpty()) << stored;
-        EXPECT_THAT(logLines(), ElementsAre(given(settings))) << stored;
-    }
+    for (const char* stored : kBeyondInt)
+        expectStoredVolumeThrows<std::out_of_range>(stored);
 }
 
 TEST_F(KepTvGain, EveryOtherValueOfAudioDescriptionDoesNothing)

@@ -372,33 +372,23 @@ std::vector<Operation> operations()
 
 TEST_F(KepTvSoundEngine, ThereIsOneAdapter)
 {
-    ASSERT_NE(kepTVSoundEngine::getInstance(), nullptr);
-    EXPECT_EQ(kepTVSoundEngine::getInstance(), kepTVSoundEngine::getInstance());
+    expectOneInstance<kepTVSoundEngine>();
 }
 
 TEST_F(KepTvSoundEngine, InitialisingAlwaysSucceedsAndCallsNothing)
 {
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(engine().initSoundEngine());
-        EXPECT_THAT(logLines(), ElementsAre(kLog.info("initSoundEngine",
-                                                      "mPtrSoundEngineInstance is Initialised")));
-        EXPECT_THAT(middlewareCalls(), IsEmpty());
-        forget();
-    }
+    expectInitialising([] { return engine().initSoundEngine(); },
+                       kLog.info("initSoundEngine", "mPtrSoundEngineInstance is Initialised"));
 }
 
 TEST_F(KepTvSoundEngine, EachOperationCallsAndLogsAsItsTableSays)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectAllOutcomes(operation);
+    expectAllOutcomes(operations());
 }
 
 TEST_F(KepTvSoundEngine, AtErrorLevelOnlyFailuresAreLogged)
 {
-    fillStore();
-    for (const Operation& operation : operations())
-        expectErrorsOnly(operation);
+    expectErrorsOnly(operations());
 }
 
 TEST_F(KepTvSoundEngine, AnEmptyStoreIsRegisteredAsEmptyMaps)

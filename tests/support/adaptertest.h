@@ -109,6 +109,35 @@ protected:
         store.mAencAvParamsMap = {{"a", "recording"}, {"B", "4"}};
     }
 
+    /// There is one object, and it is always the same.
+    template <typename Adapter>
+    static void expectOneInstance()
+    {
+        ASSERT_NE(Adapter::getInstance(), nullptr);
+        EXPECT_EQ(Adapter::getInstance(), Adapter::getInstance());
+    }
+
+    /// The step that binds the middleware says so each time, and calls nothing.
+    void expectInitialising(const Action& initialise, const LogLine& line)
+    {
+        for (int i = 0; i < 2; ++i)
+            expectTrace("initialising", [&] { EXPECT_EQ(initialise(), true); }, {}, {line});
+    }
+
+    /// Runs each row as below, on a full store.
+    void expectAllOutcomes(const std::vector<Operation>& operations)
+    {
+        fillStore();
+        for (const Operation& operation : operations)
+            expectAllOutcomes(operation);
+    }
+    void expectErrorsOnly(const std::vector<Operation>& operations)
+    {
+        fillStore();
+        for (const Operation& operation : operations)
+            expectErrorsOnly(operation);
+    }
+
     /// Runs the row with no call failing, each one failing alone, and all failing.
     void expectAllOutcomes(const Operation& operation)
     {
