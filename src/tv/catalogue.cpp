@@ -51,32 +51,11 @@ kepList<kepQualityKeys> kepCatalogue::soundQualityKeys()
     return listOf(kReaders);
 }
 
-kepList<kepQuery> kepCatalogue::queries()
-{
-    return listOf(kQueries);
-}
-
-kepList<kepKey> kepCatalogue::pipelineAttributeKeys()
-{
-    return listOf(kPipelineAttributeKeys);
-}
-
-kepList<kepKey> kepCatalogue::qualityAttributeKeys()
-{
-    return listOf(kQualityAttributeKeys);
-}
-
-kepList<kepKey> kepCatalogue::pipelineInfoKeys()
-{
-    return listOf(kPipelineInfoKeys);
-}
-
-kepList<kepKey> kepCatalogue::categoryInfoKeys()
-{
-    return listOf(kCategoryInfoKeys);
-}
-
-kepList<kepRequestType> kepCatalogue::requestTypes()
-{
-    return listOf(key::kRequestTypes);
-}
+// clang-format off
+kepList<kepQuery> kepCatalogue::queries()             { return listOf(kQueries); }
+kepList<kepKey> kepCatalogue::pipelineAttributeKeys() { return listOf(kPipelineAttributeKeys); }
+kepList<kepKey> kepCatalogue::qualityAttributeKeys()  { return listOf(kQualityAttributeKeys); }
+kepList<kepKey> kepCatalogue::pipelineInfoKeys()      { return listOf(kPipelineInfoKeys); }
+kepList<kepKey> kepCatalogue::categoryInfoKeys()      { return listOf(kCategoryInfoKeys); }
+kepList<kepRequestType> kepCatalogue::requestTypes()  { return listOf(key::kRequestTypes); }
+// clang-format on

@@ -115,61 +115,19 @@ bool kepTVAudio::joinInto(KEP_AUDIO_SNDOUT_T output)
 
 // Fixed names. Nothing tells them apart: one rule, moveTo, stands behind all but the first, and it
 // is the table that knows where outputs differ.
-
-bool kepTVAudio::setSingularSoundOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return openAfresh(output);
-}
-
-bool kepTVAudio::setSpeakerSpdifSoundOutput()
-{
-    return moveTo(KEP_AUDIO_SPK_SPDIF);
-}
-
-bool kepTVAudio::setHPSoundOutput()
-{
-    return moveTo(KEP_AUDIO_HP);
-}
-
-bool kepTVAudio::setSpeakerHPSoundOutput()
-{
-    return moveTo(KEP_AUDIO_SPK_HP);
-}
-
-bool kepTVAudio::setSpeakerBluetoothSoundOutput()
-{
-    return moveTo(KEP_AUDIO_SPK_BLUETOOTH);
-}
-
-bool kepTVAudio::setSpeakerOpticalArcSoundOutput()
-{
-    return moveTo(KEP_AUDIO_SPK_OPTICAL_ARC);
-}
-
-bool kepTVAudio::setTvSpeakerSoundOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return moveTo(output);
-}
-
-bool kepTVAudio::setTvSpeakerSpdifSoundOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return moveTo(output);
-}
-
-bool kepTVAudio::setTvSpeakerHPSoundOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return moveTo(output);
-}
-
-bool kepTVAudio::setTvSpeakerOpticalArcSoundOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return moveTo(output);
-}
-
-bool kepTVAudio::setTvSpeakerBluetoothSoundOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return moveTo(output);
-}
+// clang-format off
+bool kepTVAudio::setSingularSoundOutput(KEP_AUDIO_SNDOUT_T output)            { return openAfresh(output); }
+bool kepTVAudio::setSpeakerSpdifSoundOutput()                                 { return moveTo(KEP_AUDIO_SPK_SPDIF); }
+bool kepTVAudio::setHPSoundOutput()                                           { return moveTo(KEP_AUDIO_HP); }
+bool kepTVAudio::setSpeakerHPSoundOutput()                                    { return moveTo(KEP_AUDIO_SPK_HP); }
+bool kepTVAudio::setSpeakerBluetoothSoundOutput()                             { return moveTo(KEP_AUDIO_SPK_BLUETOOTH); }
+bool kepTVAudio::setSpeakerOpticalArcSoundOutput()                            { return moveTo(KEP_AUDIO_SPK_OPTICAL_ARC); }
+bool kepTVAudio::setTvSpeakerSoundOutput(KEP_AUDIO_SNDOUT_T output)           { return moveTo(output); }
+bool kepTVAudio::setTvSpeakerSpdifSoundOutput(KEP_AUDIO_SNDOUT_T output)      { return moveTo(output); }
+bool kepTVAudio::setTvSpeakerHPSoundOutput(KEP_AUDIO_SNDOUT_T output)         { return moveTo(output); }
+bool kepTVAudio::setTvSpeakerOpticalArcSoundOutput(KEP_AUDIO_SNDOUT_T output) { return moveTo(output); }
+bool kepTVAudio::setTvSpeakerBluetoothSoundOutput(KEP_AUDIO_SNDOUT_T output)  { return moveTo(output); }
+// clang-format on
 
 // --- Single outputs
 
@@ -254,64 +212,19 @@ bool kepTVAudio::unguardHeadphone()
     return true;
 }
 
-// Fixed names: each runs the steps that the table has for the output it is named after.
-
-bool kepTVAudio::connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_SPK).open, output);
-}
-
-bool kepTVAudio::disconnectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_SPK).close, output);
-}
-
-bool kepTVAudio::connectHPOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_HP).open, output);
-}
-
-bool kepTVAudio::disconnectHPOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_HP).close, output);
-}
-
-bool kepTVAudio::connectExternalArcOutput(KEP_AUDIO_SNDOUT_T)
-{
-    return runSteps(switchOf(KEP_AUDIO_ARC).open, KEP_AUDIO_ARC); // whatever it is given
-}
-
-bool kepTVAudio::disconnectExternalArcOutput(KEP_AUDIO_SNDOUT_T)
-{
-    return runSteps(switchOf(KEP_AUDIO_ARC).close, KEP_AUDIO_ARC);
-}
-
-bool kepTVAudio::connectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(opticalSwitchOf(output).open, output);
-}
-
-bool kepTVAudio::disconnectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(opticalSwitchOf(output).close, output);
-}
-
-bool kepTVAudio::connectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_BLUETOOTH).open, output);
-}
-
-bool kepTVAudio::disconnectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_BLUETOOTH).close, output);
-}
-
-bool kepTVAudio::connectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_BT_SOUNDBAR).open, output);
-}
-
-bool kepTVAudio::disconnectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output)
-{
-    return runSteps(switchOf(KEP_AUDIO_BT_SOUNDBAR).close, output);
-}
+// Fixed names: each runs the steps that the table has for the output it is named after. ARC is
+// opened and closed as itself, whatever the name is given.
+// clang-format off
+bool kepTVAudio::connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)           { return runSteps(switchOf(KEP_AUDIO_SPK).open, output); }
+bool kepTVAudio::disconnectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)        { return runSteps(switchOf(KEP_AUDIO_SPK).close, output); }
+bool kepTVAudio::connectHPOutput(KEP_AUDIO_SNDOUT_T output)                  { return runSteps(switchOf(KEP_AUDIO_HP).open, output); }
+bool kepTVAudio::disconnectHPOutput(KEP_AUDIO_SNDOUT_T output)               { return runSteps(switchOf(KEP_AUDIO_HP).close, output); }
+bool kepTVAudio::connectExternalArcOutput(KEP_AUDIO_SNDOUT_T)                { return runSteps(switchOf(KEP_AUDIO_ARC).open, KEP_AUDIO_ARC); }
+bool kepTVAudio::disconnectExternalArcOutput(KEP_AUDIO_SNDOUT_T)             { return runSteps(switchOf(KEP_AUDIO_ARC).close, KEP_AUDIO_ARC); }
+bool kepTVAudio::connectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output)    { return runSteps(opticalSwitchOf(output).open, output); }
+bool kepTVAudio::disconnectSpdifOrQNSndSyncOutput(KEP_AUDIO_SNDOUT_T output) { return runSteps(opticalSwitchOf(output).close, output); }
+bool kepTVAudio::connectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output)    { return runSteps(switchOf(KEP_AUDIO_BLUETOOTH).open, output); }
+bool kepTVAudio::disconnectSpeakerBluetoothOutput(KEP_AUDIO_SNDOUT_T output) { return runSteps(switchOf(KEP_AUDIO_BLUETOOTH).close, output); }
+bool kepTVAudio::connectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output)      { return runSteps(switchOf(KEP_AUDIO_BT_SOUNDBAR).open, output); }
+bool kepTVAudio::disconnectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output)   { return runSteps(switchOf(KEP_AUDIO_BT_SOUNDBAR).close, output); }
+// clang-format on

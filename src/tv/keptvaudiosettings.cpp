@@ -348,40 +348,16 @@ bool kepTVAudio::setOtherCategorySettings(const SettingsRow& row, const JValue& 
     return handle(row, payload);
 }
 
-bool kepTVAudio::setSoundConfigSettings(std::string category, JValue payload)
-{
-    return handleInGroup(&kepTVAudio::setSoundConfigSettings, category, payload);
-}
-
-bool kepTVAudio::setSoundOutputDigitalSettings(std::string category, JValue payload)
-{
-    return handleInGroup(&kepTVAudio::setSoundOutputDigitalSettings, category, payload);
-}
-
-bool kepTVAudio::setAlsaDriverSettings(std::string category, JValue payload)
-{
-    return handleInGroup(&kepTVAudio::setAlsaDriverSettings, category, payload);
-}
-
-bool kepTVAudio::setSoundEngineSettings(std::string category, JValue payload)
-{
-    return handleInGroup(&kepTVAudio::setSoundEngineSettings, category, payload);
-}
-
-bool kepTVAudio::setAmplifierSettings(std::string category, JValue payload)
-{
-    return handleInGroup(&kepTVAudio::setAmplifierSettings, category, payload);
-}
-
-bool kepTVAudio::setDelaySettings(std::string category, JValue payload)
-{
-    return handleInGroup(&kepTVAudio::setDelaySettings, category, payload);
-}
-
-bool kepTVAudio::setOtherCategorySettings(std::string category, JValue payload)
-{
-    return handleInGroup(&kepTVAudio::setOtherCategorySettings, category, payload);
-}
+// Fixed names: the same by the category's name, for a group that is called directly.
+// clang-format off
+bool kepTVAudio::setSoundConfigSettings(std::string category, JValue payload)        { return handleInGroup(&kepTVAudio::setSoundConfigSettings, category, payload); }
+bool kepTVAudio::setSoundOutputDigitalSettings(std::string category, JValue payload) { return handleInGroup(&kepTVAudio::setSoundOutputDigitalSettings, category, payload); }
+bool kepTVAudio::setAlsaDriverSettings(std::string category, JValue payload)         { return handleInGroup(&kepTVAudio::setAlsaDriverSettings, category, payload); }
+bool kepTVAudio::setSoundEngineSettings(std::string category, JValue payload)        { return handleInGroup(&kepTVAudio::setSoundEngineSettings, category, payload); }
+bool kepTVAudio::setAmplifierSettings(std::string category, JValue payload)          { return handleInGroup(&kepTVAudio::setAmplifierSettings, category, payload); }
+bool kepTVAudio::setDelaySettings(std::string category, JValue payload)              { return handleInGroup(&kepTVAudio::setDelaySettings, category, payload); }
+bool kepTVAudio::setOtherCategorySettings(std::string category, JValue payload)      { return handleInGroup(&kepTVAudio::setOtherCategorySettings, category, payload); }
+// clang-format on
 
 // --- Model, hardware and country
 
