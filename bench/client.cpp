@@ -8,7 +8,7 @@
 
 #include "platformlog.h"
 
-kepClient& startClient(const char* backend)
+void configure(const char* backend)
 {
     const std::filesystem::path directory =
         std::filesystem::temp_directory_path() / "kep-bench-config";
@@ -17,6 +17,11 @@ kepClient& startClient(const char* backend)
                                                  << R"("}})";
     std::ofstream{directory / "device-cap.json"} << "{}";
     setenv("KEP_CONFIG_DIR", directory.c_str(), 1);
+}
+
+kepClient& startClient(const char* backend)
+{
+    configure(backend);
     LogSetLevel(LogGetContext("kep"), kLogError);
     kepClient& client = *kepClient::getInstance();
     client.initialize();

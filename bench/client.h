@@ -4,5 +4,7 @@
 
 #include "kepclient.h"
 
+/// The backend's configuration, in a folder that the library is told of.
+void configure(const char* backend);
 /// Starts the client on that backend, stopping the one before.
 kepClient& startClient(const char* backend);

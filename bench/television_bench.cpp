@@ -8,7 +8,6 @@
 #include <alsa/asoundlib.h>
 #include <benchmark/benchmark.h>
 
-#include "allocations.h"
 #include "client.h"
 #include "journal.h"
 
@@ -91,13 +90,9 @@ bool writeByHand(const DriverWrite& write)
 void measure(benchmark::State& state, Request request)
 {
     kepClient& client = television();
-    const std::uint64_t before = allocations();
     for (auto _ : state)
         if (!request(client))
             state.SkipWithError("the request failed");
-    // The store of connected resources and the arguments by value; nothing for the log.
-    state.counters["allocations"] = benchmark::Counter(static_cast<double>(allocations() - before),
-                                                       benchmark::Counter::kAvgIterations);
 }
 
 void measureByHand(benchmark::State& state, Request request)

@@ -40,6 +40,8 @@ if(KEP_FORTIFY AND NOT KEP_SANITIZE)
 endif()
 add_compile_options(-fstack-protector-strong)
 add_link_options(-Wl,-z,relro -Wl,-z,now)
+# A library calls its own functions without looking them up among all that are loaded.
+add_link_options(-Wl,-Bsymbolic-functions)
 
 # Log lines name source files; no path of the machine that built them belongs into the result.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)

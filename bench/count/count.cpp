@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// Runs the cases. Under callgrind each one's cost is dumped under its name; without it, the
+// allocations of each are printed: its own, libasound's, the virtual card's, and the bytes that
+// stay. Without arguments: all but the cold ones; else those whose names start like one of the
+// arguments.
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <malloc.h>
+#include <sys/random.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <valgrind/callgrind.h>
+
+#include "allocations.h"
+#include "cases.h"
+#include "environment.h"
+#include "platformlog.h"
+
+namespace
+{
+
+bool gToJournal = false;
+
+} // namespace
+
+// json-c takes the seed of its hashes from here; every run meets the same collisions.
+extern "C" [[gnu::visibility("default")]] ssize_t getrandom(void* buffer, std::size_t length,
+                                                            unsigned int)
+{
+    std::memset(buffer, 1, length);
+    return static_cast<ssize_t>(length);
+}
+
+// With --journal, standard error looks to GLib as if it were connected to the journal, and what is
+// sent there arrives.
+extern "C" [[gnu::visibility("default")]] int getpeername(int, sockaddr* address, socklen_t* length)
+{
+    if (!gToJournal)
+        return -1;
+    auto* name = reinterpret_cast<sockaddr_un*>(address);
+    name->sun_family = AF_UNIX;
+    std::strcpy(name->sun_path, "/run/systemd/journal/stdout");
+    *length = sizeof *name;
+    return 0;
+}
+
+extern "C" [[gnu::visibility("default")]] ssize_t sendmsg(int, const msghdr* message, int)
+{
+    std::size_t length = 0;
+    for (std::size_t i = 0; i < message->msg_iovlen; ++i)
+        length += message->msg_iov[i].iov_len;
+    return static_cast<ssize_t>(length);
+}
+
+namespace
+{
+
+void measure(const count::Case& each)
+{
+    if (each.prepare)
+        each.prepare();
+    if (!each.cold)
+        each.run(); // what happens once has happened
+    const std::string title = each.name + " " + std::to_string(each.times);
+    const std::size_t bytesBefore = mallinfo2().uordblks;
+    beginCountingAllocations();
+    CALLGRIND_ZERO_STATS;
+    for (int i = 0; i < each.times; ++i)
+        each.run();
+    CALLGRIND_DUMP_STATS_AT(title.c_str());
+    const Allocations made = endCountingAllocations();
+    const std::size_t bytesAfter = mallinfo2().uordblks;
+    printf("%s\t%.1f\t%.1f\t%.1f\t%.1f\n", each.name.c_str(),
+           static_cast<double>(made.own) / each.times,
+           static_cast<double>(made.libasound) / each.times,
+           static_cast<double>(made.card) / each.times,
+           (static_cast<double>(bytesAfter) - static_cast<double>(bytesBefore)) / each.times);
+    fflush(stdout);
+    LogSetSink({});
+    LogSetLevel(LogGetContext("kep"), kLogError);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    virtualtv::enter();
+    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (null >= 0)
+        dup2(null, STDERR_FILENO);
+    std::vector<std::string> chosen{argv + 1, argv + argc};
+    if (!chosen.empty() && chosen.front() == "--journal") {
+        gToJournal = true;
+        chosen.erase(chosen.begin());
+    }
+    std::vector<count::Case> cases;
+    for (const auto& add : {&count::addDriverCases, &count::addJsonCases, &count::addLogCases,
+                            &count::addRequestCases, &count::addSettingsCases,
+                            &count::addQualityCases, &count::addStartCases})
+        add(cases);
+    for (const count::Case& each : cases) {
+        bool wanted = chosen.empty() && !each.cold;
+        for (const std::string& start : chosen)
+            wanted = wanted || (each.cold ? each.name == start : each.name.starts_with(start));
+        if (wanted)
+            measure(each);
+    }
+    std::_Exit(0); // the end is not counted
+}
