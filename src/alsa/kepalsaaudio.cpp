@@ -10,6 +10,7 @@
 
 #include <alsa/asoundlib.h>
 
+#include "devicecapability.h"
 #include "kepcaught.h"
 #include "kepconfigpath.h"
 #include "kepfactory.h"
@@ -95,7 +96,10 @@ std::string kepAlsaAudio::getConfigFilePath()
     return path;
 }
 
-kepAlsaAudio::kepAlsaAudio() : mCapability(getConfigFilePath()) {}
+kepAlsaAudio::kepAlsaAudio()
+    : mCapability(std::make_unique<const DeviceCapability>(getConfigFilePath()))
+{
+}
 
 kepAlsaAudio::~kepAlsaAudio()
 {
@@ -174,11 +178,11 @@ unsigned int kepAlsaAudio::setInputVolume(std::string, std::string, std::uint8_t
 unsigned int kepAlsaAudio::setOutputMute(std::string, bool mute)
 try {
     KEP_DEBUG("In %s, setting mute to %d", __func__, mute);
-    const std::string control = "name=" + mCapability.muteControlName;
+    const std::string control = "name=" + mCapability->muteControlName;
     const char* value = mute ? "off" : "on"; // a playback switch: off silences
-    if (!setControl(mCapability.card, control, value)) {
+    if (!setControl(mCapability->card, control, value)) {
         KEP_ERROR("SET_VOLUME_ERROR", "Failed to set mute %s for card:%s, control:%s", value,
-                  mCapability.card.c_str(), control.c_str());
+                  mCapability->card.c_str(), control.c_str());
         return KEP_RESULT_FAILED;
     }
     return KEP_RESULT_OK;
@@ -269,7 +273,7 @@ bool kepAlsaAudio::setVolume(std::uint8_t volume)
 {
     const std::string value = std::to_string(volume) + "%";
     KEP_DEBUG("In %s, setting volume to %s", __func__, value.c_str());
-    return setControl(mCapability.card, "name=" + mCapability.volumeControlName, value);
+    return setControl(mCapability->card, "name=" + mCapability->volumeControlName, value);
 }
 
 unsigned int kepAlsaAudio::resetMixerVolume(KEP_AUDIO_RESOURCE_T resource, bool mute)
@@ -277,9 +281,9 @@ unsigned int kepAlsaAudio::resetMixerVolume(KEP_AUDIO_RESOURCE_T resource, bool 
     KEP_DEBUG("reset volume  resource=%u mute=%d", resource, mute); // sic
     const std::string control = std::string{kStreamVolumeControl} + streamSuffix(resource);
     const char* value = mute ? "0%" : "100%";
-    if (!setControl(mCapability.card, control, value)) {
+    if (!setControl(mCapability->card, control, value)) {
         KEP_ERROR("SET_VOLUME_ERROR", "Failed to set control %s to %s for card:%s", control.c_str(),
-                  value, mCapability.card.c_str());
+                  value, mCapability->card.c_str());
         return KEP_RESULT_FAILED;
     }
     return KEP_RESULT_OK;

@@ -51,15 +51,15 @@ consteval std::string_view kepLogStemOf(const char (&path)[Size])
 [[gnu::format(printf, 4, 5)]] void kepLogEmit(const kepLogOrigin& origin, int level, const char* id,
                                               const char* format, ...) noexcept;
 
-/// The same for a middleware call: whether its status is success, 0. Any other one is an error with
-/// that id and text.
-[[gnu::format(printf, 4, 5)]] bool kepSucceeded(const kepLogOrigin& origin, int status,
-                                                const char* id, const char* format, ...) noexcept;
-
 /// The same with key-value pairs and without the prefix.
 [[gnu::format(printf, 4, 5)]] void kepLogEmitPairs(int level, const char* id,
                                                    std::span<const LogPair> pairs,
                                                    const char* format, ...) noexcept;
+
+/// Whether a middleware call answered success, 0; any other status is an error with that id and
+/// text.
+[[gnu::format(printf, 4, 5)]] bool kepSucceeded(const kepLogOrigin& origin, int status,
+                                                const char* id, const char* format, ...) noexcept;
 
 // The level is tested first: neither text nor arguments are made unless it is admitted. An error
 // has an id of its own, information has "INFO_LOG", and what is for debugging has none.

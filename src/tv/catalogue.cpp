@@ -3,7 +3,11 @@
 #include "catalogue.h"
 
 #include "controlelements.h"
+#include "keptvamplifier.h"
 #include "keptvaudio.h"
+#include "keptvdelay.h"
+#include "keptvgain.h"
+#include "keptvsoundengine.h"
 #include "payloadkeys.h"
 
 namespace

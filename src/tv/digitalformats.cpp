@@ -112,10 +112,8 @@ int DigitalFormats::arc(std::string_view mode) const
     if (row == nullptr)
         return kUnknownMode;
     const bool dolby = arcProfile == "EAC3" || arcProfile == "ATMOS";
-    return numberOf(
-        dolby ? row->arcDolby : row->arc, *this,
-        isJapan() &&
-            !bnoModel); // sic: unlike ARC, optical does not look at the model; callers rely on it
+    // sic: unlike ARC, optical does not look at the model; callers rely on it
+    return numberOf(dolby ? row->arcDolby : row->arc, *this, isJapan() && !bnoModel);
 }
 
 // --- Country and codec

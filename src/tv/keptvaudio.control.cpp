@@ -5,6 +5,7 @@
 
 #include <alsa/asoundlib.h>
 
+#include "controlwrites.h"
 #include "keplog.h"
 #include "keptvaudio.h"
 
@@ -100,7 +101,7 @@ void kepTVAudio::closeControlHandle(snd_hctl_t* handle)
 
 bool kepTVAudio::setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute)
 {
-    if (!write(kMuteOutput, {typeOf(output), mute ? 1 : 0})) {
+    if (!writeElement(kMuteOutput, {typeOf(output), mute ? 1 : 0})) {
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element: %s on %d", // sic
                   kMuteOutput.name, output);
         return false;
@@ -108,8 +109,7 @@ bool kepTVAudio::setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute)
     return true;
 }
 
-void kepTVAudio::logWriteFailure(const char* element, const char* suffix,
-                                 const kepLogOrigin& origin)
+void logWriteFailure(const kepLogOrigin& origin, const char* element, const char* suffix)
 {
     KEP_ERROR_AS(origin, "CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element: %s%s",
                  element, suffix); // sic

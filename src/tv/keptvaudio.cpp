@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// The television backend: its registration, its life and its active state, and the entry points of
-// quality attributes and settings.
+// The television backend: its registration, its life, its active state, and the entry point of
+// settings.
 #include "keptvaudio.h"
+#include "keptvamplifier.h"
+#include "keptvdelay.h"
+#include "keptvgain.h"
+#include "keptvparser.h"
+#include "keptvsoundengine.h"
 
 #include <exception>
 #include <iterator>
@@ -9,7 +14,6 @@
 #include "kepcaught.h"
 #include "kepfactory.h"
 #include "keplog.h"
-#include "payloadkeys.h"
 #include "startupworker.h"
 #include "threads.h"
 
@@ -51,6 +55,8 @@ kepAudio* kepTVAudio::createObject()
 {
     return mIsObjRegistered ? getInstance() : nullptr;
 }
+
+kepTVAudio::kepTVAudio() = default;
 
 kepTVAudio::~kepTVAudio()
 {
@@ -133,89 +139,6 @@ bool kepTVAudio::getActiveState() const
     KEP_INFO("Getting ActiveStatus: %d", mActiveState);
     return mActiveState;
 }
-
-// --- Quality attributes
-
-unsigned int kepTVAudio::setQualityAttribute(JValue attribute)
-try {
-    requireStarted();
-    KEP_INFO("payload received is %s", attribute.stringify().c_str());
-    if (!attribute.isObject()) {
-        KEP_INFO("setQualityAttribute API call :attributesObject is not an Object");
-        return KEP_RESULT_FAILED;
-    }
-    const JValue pipelineInfo = attribute[key::kPipelineInfo.name];
-    if (checkForResetValue(pipelineInfo)) {
-        if (AudioVideoInfoMapVector.empty()) {
-            KEP_INFO("AudioVideoInfo Map is empty and reset is true");
-            return KEP_RESULT_OK;
-        }
-        if (!resetPipelineInfo(pipelineInfo)) {
-            KEP_ERROR("INVALID_PARAMETER", "resetPipelineInfo:: PipelineID is not present in map");
-            return KEP_RESULT_FAILED;
-        }
-        KEP_DEBUG("setQualityAttribute : resetPipelineInfo is success");
-        return KEP_RESULT_OK;
-    }
-    if (!pipelineInfo.isObject() || !updatePipelineInfo(pipelineInfo))
-        return KEP_RESULT_FAILED;
-    const unsigned int result = setAudioVideoCategoryInfo(attribute);
-    if (result == KEP_RESULT_OK)
-        printAudioVideoInfoTable();
-    return result;
-} catch (...) {
-    return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
-}
-
-unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
-{
-    if (!payload.hasKey(key::kRequestType.name)) {
-        KEP_ERROR("INVALID_PARAMETER", "Json Value Input doesn't have request Type");
-        return KEP_RESULT_FAILED;
-    }
-    const std::string type = payload[key::kRequestType.name].asString();
-    KEP_INFO("setAudioVideoCategoryInfo::RequestType = %s ", type.c_str()); // sic
-    if (payload.hasKey(key::kActiveState.name))
-        setActiveState(payload[key::kActiveState.name].asBool());
-    if (type == key::kAudioReport.name)
-        return setAudioInputInfo(payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
-    if (type == key::kVideoReport.name)
-        return setVideoInputInfo(payload) ? KEP_RESULT_OK : KEP_RESULT_FAILED;
-    if (type == key::kConnectionReport.name && payload[key::kPipelineInfo.name].isObject()) {
-        KEP_INFO("requestType is empty and Calling audio and video info for policy connection");
-        updatePolicyConnectionCategoryInfo(payload);
-        return KEP_RESULT_OK;
-    }
-    KEP_ERROR("INVALID_PARAMETER", "Invalid requestType");
-    return KEP_RESULT_FAILED;
-}
-
-void kepTVAudio::updatePolicyConnectionCategoryInfo(JValue payload)
-{
-    const JValue category = payload[key::kCategoryInfo.name];
-    const JValue pipelineInfo = payload[key::kPipelineInfo.name];
-    if (category.hasKey(key::kImmersive.name)) {
-        const std::string format = category[key::kImmersive.name].asString();
-        if (!mPtrTVSoundEngine->setImmersiveFormat(format))
-            KEP_ERROR("SE_MIDDLEWARE_ERROR", "Failed to set immersive format as %s",
-                      format.c_str());
-    }
-    if (category.hasKey(key::kCodec.name) && mCurrentSoundout == KEP_AUDIO_ARC)
-        setEarcSoundOutputDigital(getSoundOutputDigitalMode());
-    if (updateAudioCategoryInfo(pipelineInfo, category))
-        KEP_INFO("Updating the category info for audio input successful");
-    if (updateVideoCategoryInfo(pipelineInfo, category))
-        KEP_INFO("Updating the video category info for audio input successful"); // sic
-    if (mPtrTVGain->registerAudioVideoInfo())
-        KEP_INFO("Successfully called registerAvParams of gain middleware");
-    if (mPtrTVGain->registerAudioVideoInfoForEncoder())
-        KEP_INFO("Successfully called registerAvParams for encoder of gain middleware");
-    if (mPtrTVDelay->registerAudioVideoInfo())
-        KEP_INFO("Successfully called registerAvParams of delay middleware");
-    mPtrTVSoundEngine->registerAudioVideoInfo();
-}
-
-// --- Settings
 
 unsigned int kepTVAudio::setSettings(std::string category, JValue payload)
 try {

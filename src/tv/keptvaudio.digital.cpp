@@ -3,9 +3,12 @@
 // digitalformats.h answers; which number that is, is decided there.
 #include <string_view>
 
+#include "controlwrites.h"
 #include "digitalformats.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "keptvparser.h"
+#include "keptvsoundengine.h"
 #include "payloadkeys.h"
 
 namespace
@@ -33,8 +36,8 @@ DigitalFormats::CanDecode receiverOf(const kepTVAudio& audio)
 bool kepTVAudio::setSoundOutputDigital(std::string mode)
 {
     KEP_INFO("Request to set digital mode as %s", mode.c_str());
-    const bool done =
-        write(kSndoutSpdifOutputType, {getSoundOutputOpticMode(mode), getSoundOutputArcMode(mode)});
+    const bool done = writeElement(kSndoutSpdifOutputType,
+                                   {getSoundOutputOpticMode(mode), getSoundOutputArcMode(mode)});
     if (!done)
         KEP_ERROR(
             "CONTROL_ELEMENT_SET_ERROR",
@@ -52,6 +55,16 @@ std::string kepTVAudio::getSoundOutputDigitalMode() const
     std::string mode = qualityParam(key::kSoundOutputDigital.name).value_or("");
     KEP_INFO("Setting digital mode as %s", mode.c_str());
     return mode;
+}
+
+std::optional<std::string> kepTVAudio::qualityParam(const char* key) const
+{
+    return kepTvParser::find(mPtrParserInstance->mQualityParamsMap, key);
+}
+
+std::optional<std::string> kepTVAudio::avParam(const char* key) const
+{
+    return kepTvParser::find(mPtrParserInstance->mAvParamsMap, key);
 }
 
 bool kepTVAudio::reapplyDigitalMode()
@@ -213,13 +226,13 @@ void kepTVAudio::updateCodecImmersiveFormat(const AudioVideoInfo& pipeline)
 bool kepTVAudio::setArcOnOff(int arc, int earc)
 {
     KEP_INFO("Setting SoundOut on off for ARC status: %d & eARC status: %d", arc, earc);
-    if (!write(kSndoutArc, {arc})) {
+    if (!writeElement(kSndoutArc, {arc})) {
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
                   "In setSoundOutArc : Did not able to set the element: %s with status %d", // sic
                   kSndoutArc.name, arc);
         return false;
     }
-    if (!write(kSndoutEarc, {earc})) {
+    if (!writeElement(kSndoutEarc, {earc})) {
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
                   "In setSoundOuteArc : Did not able to set the element: %s with status %d", // sic
                   kSndoutEarc.name, earc);
@@ -233,7 +246,7 @@ bool kepTVAudio::setArcOnOff(int arc, int earc)
 void kepTVAudio::setAtmosEncode(bool on)
 {
     KEP_INFO("Setting Atmos Encode value is %d", on);
-    if (!write(kSndoutAtmosEncode, {on ? 1 : 0}))
+    if (!writeElement(kSndoutAtmosEncode, {on ? 1 : 0}))
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
                   "In setAtmosEncode : Did not able to set the element with atmos value %d", // sic
                   on);
@@ -303,8 +316,8 @@ bool kepTVAudio::isValidCopyright(std::string copyright) const
 bool kepTVAudio::setSpdifSecurity(std::string copyright)
 {
     KEP_INFO("setSpdifSecurity for scms api with copyright value as %s", copyright.c_str());
-    if (!write(kSndoutSpdifCopy,
-               {getSoundOutOpticCopyValue(copyright), getSoundOutArcCopyValue(copyright)})) {
+    if (!writeElement(kSndoutSpdifCopy,
+                      {getSoundOutOpticCopyValue(copyright), getSoundOutArcCopyValue(copyright)})) {
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
                   "Did not able to set the element: %s with copyright value as %s", // sic
                   kSndoutSpdifCopy.name, copyright.c_str());

@@ -6,10 +6,12 @@
 
 #include <glib.h>
 
+#include "controlwrites.h"
 #include "headphonemute.h"
 #include "hwiogpio.h"
 #include "kepcaught.h"
 #include "keplog.h"
+#include "keptvamplifier.h"
 #include "keptvaudio.h"
 #include "payloadkeys.h"
 #include "soundoutputs.h"
@@ -321,4 +323,19 @@ bool kepTVAudio::getSupportBnoModel() const
 {
     KEP_INFO("Getting support bno model: %d", mSupportBnoModel);
     return mSupportBnoModel;
+}
+
+bool kepTVAudio::getPowerStateHeadphoneMute() const
+{
+    return mPowerStateHeadphoneMute;
+}
+
+bool kepTVAudio::getMuteHeadphoneDetection() const
+{
+    return mHeadphoneDetectionMute;
+}
+
+bool kepTVAudio::getMuteHeadphone() const
+{
+    return mHeadphoneMuteStatus;
 }

@@ -5,9 +5,12 @@
 // first failure.
 #include <algorithm>
 
+#include "controlwrites.h"
 #include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "keptvdelay.h"
+#include "keptvgain.h"
 #include "soundoutputs.h"
 
 namespace

@@ -4,9 +4,11 @@
 // has no undo).
 #include <algorithm>
 
+#include "controlwrites.h"
 #include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "keptvgain.h"
 #include "payloadkeys.h"
 #include "soundoutputs.h"
 #include "threads.h"
@@ -143,4 +145,10 @@ bool kepTVAudio::connectDisconnectResources(int outputType, bool connect)
                 {outputType, indexOf(mConnectedResources[i]), portOf(mConnectedResources[i])}))
             return false;
     return true;
+}
+
+std::vector<KEP_AUDIO_RESOURCE_T> kepTVAudio::connectedResources() const
+{
+    const std::lock_guard guard{threads::connectedResourcesGuard};
+    return mConnectedResources;
 }

@@ -5,9 +5,14 @@
 #include <chrono>
 #include <ctime>
 
+#include "controlwrites.h"
 #include "kepcaught.h"
 #include "keplog.h"
+#include "keptvamplifier.h"
 #include "keptvaudio.h"
+#include "keptvdelay.h"
+#include "keptvgain.h"
+#include "keptvsoundengine.h"
 #include "startupworker.h"
 #include "threads.h"
 
@@ -87,18 +92,12 @@ bool inForeignLibraries(const char* name, Step step)
 
 } // namespace
 
-std::vector<KEP_AUDIO_RESOURCE_T> kepTVAudio::connectedResources() const
-{
-    const std::lock_guard guard{threads::connectedResourcesGuard};
-    return mConnectedResources;
-}
-
 void kepTVAudio::initGainAudio()
 {
     KEP_INFO("init Gain Audio");
     bool done = true;
     for (const KEP_AUDIO_RESOURCE_T resource : connectedResources()) {
-        if (!write(kGainInput, {indexOf(resource), portOf(resource), kInitialGain})) {
+        if (!writeElement(kGainInput, {indexOf(resource), portOf(resource), kInitialGain})) {
             KEP_ERROR("CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element %s", // sic
                       kGainInput.name);
             done = false; // the other resources get theirs all the same

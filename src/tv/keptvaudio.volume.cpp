@@ -3,8 +3,12 @@
 // What was asked for is kept even when it could not be carried out: other rooms apply it again
 // later.
 #include "keptvaudio.h"
+#include "controlwrites.h"
 #include "kepcaught.h"
 #include "keplog.h"
+#include "keptvamplifier.h"
+#include "keptvgain.h"
+#include "keptvsoundengine.h"
 #include "payloadkeys.h"
 #include "soundoutputs.h"
 #include "subcpu.h"
@@ -99,7 +103,7 @@ try {
     const KEP_AUDIO_RESOURCE_T resource = getResourceId(source, sink);
     if (!isValidResource(resource))
         return KEP_RESULT_INVALID_RESOURCE;
-    if (!write(kMuteInput, {indexOf(resource), portOf(resource), mute ? 1 : 0})) {
+    if (!writeElement(kMuteInput, {indexOf(resource), portOf(resource), mute ? 1 : 0})) {
         KEP_ERROR("CONTROL_ELEMENT_SET_ERROR",
                   "Did not able to set the element: %s for source %s and sink %s with status %d",
                   kMuteInput.name, source.c_str(), sink.c_str(), mute); // sic
@@ -148,7 +152,7 @@ bool kepTVAudio::setSpeakerHeadphoneOutputVolume(std::uint8_t volume)
 bool kepTVAudio::setQNSoundSyncOutputVolume(std::uint8_t volume, bool mute)
 {
     KEP_DEBUG("Request to set volume %d and muteStatus %d", volume, mute);
-    return write(kSndoutOpticQn, {kOpticQnKey, volume, mute ? 1 : 0, 1});
+    return writeElement(kSndoutOpticQn, {kOpticQnKey, volume, mute ? 1 : 0, 1});
 }
 
 unsigned int kepTVAudio::setSpeakerOutputMute(const bool& mute)

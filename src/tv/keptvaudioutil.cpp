@@ -7,7 +7,6 @@
 #include "controlelements.h"
 #include "keplog.h"
 #include "keptvaudio.h"
-#include "payloadkeys.h"
 #include "soundoutputs.h"
 
 namespace
@@ -119,57 +118,15 @@ KEP_AUDIO_SNDOUT_T kepTVAudio::getPopNoiseSoundOutput() const
     return mPopNoiseSoundOutput;
 }
 
+KEP_AUDIO_SNDOUT_T kepTVAudio::getCurrentSoundout() const
+{
+    return mCurrentSoundout;
+}
+
 std::string kepTVAudio::getSoundOutputKey() const
 {
     const auto entry = mStoredSettings.find("soundOutput");
     return entry != mStoredSettings.end() ? entry->second : "";
-}
-
-bool kepTVAudio::hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId)
-{
-    const auto id = pipeline.find("pipelineId");
-    return id != pipeline.end() && id->second == pipelineId;
-}
-
-bool kepTVAudio::isNewPipelineId(std::string pipelineId) const
-{
-    KEP_INFO("Checking PipelineId is New or existing %s", pipelineId.c_str());
-    if (AudioVideoInfoMapVector.empty()) {
-        KEP_INFO("Vector of AudioVideoInfo map is empty, so new pipelineId requested");
-        return true;
-    }
-    if (nextPipeline(pipelineId, 0) == AudioVideoInfoMapVector.size())
-        return true;
-    KEP_INFO("PipelineId is matching, so need to update the map pipelineId %s", pipelineId.c_str());
-    return false;
-}
-
-bool kepTVAudio::isValidPipelineId(std::string pipelineId) const
-{
-    const AudioVideoInfo& current = mPtrParserInstance->mAvParamsMap;
-    if (current.empty()) {
-        KEP_DEBUG("First time request is allowed  \n"); // sic
-        return true;
-    }
-    if (hasPipelineId(current, pipelineId)) {
-        KEP_DEBUG("Requested pipelineId %s is same as stored pipelineId in map",
-                  pipelineId.c_str());
-        return true;
-    }
-    KEP_ERROR("INVALID_PARAMETER", "Invalid pipelineId %s", pipelineId.c_str());
-    return false;
-}
-
-bool kepTVAudio::isValidpipelinePurpose(JValue attributes) const
-{
-    const JValue purposes = attributes[key::kAttributePurpose.name];
-    KEP_INFO("isValidpipelinePurpose purposeType: %s", purposes.stringify().c_str());
-    for (const JValue& purpose : purposes.elements()) {
-        const std::string name = purpose.asString();
-        if (name == "AUDIO_DESC" || name == "EFFECT")
-            return false;
-    }
-    return true;
 }
 
 constinit const kepList<kepNamedNumber> kBlocks = listOf(kBlockNames);

@@ -7,9 +7,14 @@
 #include <deque>
 #include <string>
 
+#include "controlwrites.h"
 #include "faults.h"
+#include "keptvamplifier.h"
 #include "keptvaudio.h"
+#include "keptvdelay.h"
+#include "keptvgain.h"
 #include "keptvparser.h"
+#include "keptvsoundengine.h"
 #include "televisiontest.h"
 
 // Result codes, as callers see them.
@@ -98,7 +103,6 @@ public:
     using kepTVAudio::mSupportBnoModel;
     using kepTVAudio::mWisaActivated;
     using kepTVAudio::startUnmuteTimer;
-    using kepTVAudio::write;
 };
 
 /// What all tests of a started backend share.

@@ -54,7 +54,7 @@ using testing::UnorderedElementsAreArray;
 template <std::size_t Count, std::int32_t... Values>
 concept Writable = requires(const ControlElement<Count>& element)
 {
-    OpenBackend::write(element, {Values...});
+    writeElement(element, {Values...});
 };
 
 static_assert(Writable<1, 7>);
@@ -169,7 +169,7 @@ class KepTVAudioControl : public TelevisionTest
 protected:
     KepTVAudioControl() { connectLog(); }
 
-    static bool writeElement(const std::string& name, const std::vector<std::int32_t>& values)
+    static bool writeByName(const std::string& name, const std::vector<std::int32_t>& values)
     {
         return kepTVAudio::setControlElement(name, values.data(), static_cast<int>(values.size()));
     }
@@ -186,7 +186,7 @@ protected:
     void expectFailureAt(const std::string& stage, int status, const LogLine& line, int opened)
     {
         injectCard(stage, status);
-        EXPECT_FALSE(writeElement("Sndout Open", {16}));
+        EXPECT_FALSE(writeByName("Sndout Open", {16}));
         EXPECT_THAT(logLines(), ElementsAre(line));
         EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", stage, {}, status}));
         expectHandles(opened);
@@ -219,7 +219,7 @@ TEST_F(KepTVAudioControl, EveryElementTakesItsValuesInTheirOrder)
 {
     std::vector<ControlEvent> expected;
     for (const ElementRow& row : kDriver) {
-        EXPECT_TRUE(writeElement(row.name, counted(row.count))) << row;
+        EXPECT_TRUE(writeByName(row.name, counted(row.count))) << row;
         expected.push_back({"hw:0", row.name, counted(row.count), 0});
     }
     EXPECT_EQ(controlEvents(), expected);
@@ -229,9 +229,9 @@ TEST_F(KepTVAudioControl, EveryElementTakesItsValuesInTheirOrder)
 
 TEST_F(KepTVAudioControl, AnElementIsWrittenWithItsNumberOfIntegers)
 {
-    EXPECT_TRUE(OpenBackend::write(kSndoutClose, {64}));
-    EXPECT_TRUE(OpenBackend::write(kMuteInput, {16, 7, 1}));
-    EXPECT_TRUE(OpenBackend::write(kSndoutEarcOutputType, {2, 11, 0, 0, 1}));
+    EXPECT_TRUE(writeElement(kSndoutClose, {64}));
+    EXPECT_TRUE(writeElement(kMuteInput, {16, 7, 1}));
+    EXPECT_TRUE(writeElement(kSndoutEarcOutputType, {2, 11, 0, 0, 1}));
     EXPECT_THAT(controlEvents(),
                 ElementsAre(ControlEvent{"hw:0", "Sndout Close", {64}},
                             ControlEvent{"hw:0", "Mute Input", {16, 7, 1}},
@@ -241,15 +241,15 @@ TEST_F(KepTVAudioControl, AnElementIsWrittenWithItsNumberOfIntegers)
 TEST_F(KepTVAudioControl, AnElementThatCannotBeWrittenAnswersFalse)
 {
     injectCard("write", -EIO, "Sndout Close");
-    EXPECT_FALSE(OpenBackend::write(kSndoutClose, {64}));
-    EXPECT_TRUE(OpenBackend::write(kSndoutOpen, {64}));
+    EXPECT_FALSE(writeElement(kSndoutClose, {64}));
+    EXPECT_TRUE(writeElement(kSndoutOpen, {64}));
 }
 
 // --- Success
 
 TEST_F(KepTVAudioControl, AWriteOpensTheCardOnceAndClosesIt)
 {
-    EXPECT_TRUE(writeElement("Gain Input", {16, 5, 8388608}));
+    EXPECT_TRUE(writeByName("Gain Input", {16, 5, 8388608}));
     EXPECT_THAT(controlEvents(),
                 ElementsAre(ControlEvent{"hw:0", "Gain Input", {16, 5, 8388608}, 0}));
     EXPECT_THAT(logLines(), IsEmpty());
@@ -258,7 +258,7 @@ TEST_F(KepTVAudioControl, AWriteOpensTheCardOnceAndClosesIt)
 
 TEST_F(KepTVAudioControl, ValuesArePassedOnAsTheyAre)
 {
-    EXPECT_TRUE(writeElement("Sndout Optic QN", {15747238, -1, INT_MIN, INT_MAX}));
+    EXPECT_TRUE(writeByName("Sndout Optic QN", {15747238, -1, INT_MIN, INT_MAX}));
     EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{
                                      "hw:0", "Sndout Optic QN", {15747238, -1, INT_MIN, INT_MAX}}));
 }
@@ -266,7 +266,7 @@ TEST_F(KepTVAudioControl, ValuesArePassedOnAsTheyAre)
 TEST_F(KepTVAudioControl, TheSameValuesAreWrittenAgain)
 {
     for (int i = 0; i < 3; ++i)
-        EXPECT_TRUE(writeElement("Mute Output", {16, 1}));
+        EXPECT_TRUE(writeByName("Mute Output", {16, 1}));
     EXPECT_THAT(controlEvents(), SizeIs(3));
     EXPECT_THAT(controlEvents(), Each(ControlEvent{"hw:0", "Mute Output", {16, 1}}));
     expectHandles(3);
@@ -274,7 +274,7 @@ TEST_F(KepTVAudioControl, TheSameValuesAreWrittenAgain)
 
 TEST_F(KepTVAudioControl, TheCardKeepsWhatIsWritten)
 {
-    EXPECT_TRUE(writeElement("Mute Input", {16, 3, 1}));
+    EXPECT_TRUE(writeByName("Mute Input", {16, 3, 1}));
     const HandlePtr card = openedCard();
     snd_ctl_elem_id_t* id = nullptr;
     snd_ctl_elem_id_alloca(&id);
@@ -293,10 +293,10 @@ TEST_F(KepTVAudioControl, TheCardKeepsWhatIsWritten)
 TEST_F(KepTVAudioControl, AFailureIsNotRememberedByTheNextWrite)
 {
     injectCard("write", -EIO);
-    EXPECT_FALSE(writeElement("Sndout Open", {1}));
+    EXPECT_FALSE(writeByName("Sndout Open", {1}));
     clearInjections();
     forget();
-    EXPECT_TRUE(writeElement("Sndout Open", {2}));
+    EXPECT_TRUE(writeByName("Sndout Open", {2}));
     EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", "Sndout Open", {2}}));
     EXPECT_THAT(logLines(), IsEmpty());
     expectHandles(2);
@@ -329,7 +329,7 @@ TEST_F(KepTVAudioControl, AnInformationThatCannotBeReadIsLoggedAndTheCardIsClose
 TEST_F(KepTVAudioControl, AWriteThatFailsIsLoggedAndTheCardIsClosed)
 {
     injectCard("write", -EIO);
-    EXPECT_FALSE(writeElement("Sndout Open", {16}));
+    EXPECT_FALSE(writeByName("Sndout Open", {16}));
     EXPECT_THAT(logLines(),
                 ElementsAre(errorOf("CONTROL_ELEMENT_WRITE_ERROR",
                                     "Control element write error: Input/output error")));
@@ -356,7 +356,7 @@ TEST_F(KepTVAudioControl, AnUnknownElementIsLoggedAndTheCardIsClosed)
     };
     int opened = 0;
     for (const std::string& name : unknown) {
-        EXPECT_FALSE(writeElement(name, {1, 2, 3})) << name;
+        EXPECT_FALSE(writeByName(name, {1, 2, 3})) << name;
         EXPECT_THAT(logLines(), ElementsAre(kNotFound)) << name;
         EXPECT_THAT(controlEvents(), IsEmpty()) << name;
         expectHandles(++opened);
@@ -367,7 +367,7 @@ TEST_F(KepTVAudioControl, AnUnknownElementIsLoggedAndTheCardIsClosed)
 TEST_F(KepTVAudioControl, FailuresAreLoggedWhenErrorsAreAllThatIsAdmitted)
 {
     admit(kLogError);
-    EXPECT_FALSE(writeElement("Sndout Conect", {1}));
+    EXPECT_FALSE(writeByName("Sndout Conect", {1}));
     EXPECT_THAT(logLines(), ElementsAre(kNotFound));
 }
 
@@ -376,7 +376,7 @@ TEST_F(KepTVAudioControl, FailuresAreLoggedWhenErrorsAreAllThatIsAdmitted)
 TEST_F(KepTVAudioControl, ACloseThatFailsIsLoggedAndTheValuesAreWritten)
 {
     gCloseStatus = -EIO;
-    EXPECT_TRUE(writeElement("Sndout Open", {16}));
+    EXPECT_TRUE(writeByName("Sndout Open", {16}));
     EXPECT_THAT(logLines(), ElementsAre(kNotClosed));
     EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", "Sndout Open", {16}}));
     expectHandles(1);
@@ -385,11 +385,11 @@ TEST_F(KepTVAudioControl, ACloseThatFailsIsLoggedAndTheValuesAreWritten)
 TEST_F(KepTVAudioControl, ACloseThatFailsIsLoggedAfterTheFailureThatLedToIt)
 {
     gCloseStatus = -EIO;
-    EXPECT_FALSE(writeElement("Sndout Conect", {1}));
+    EXPECT_FALSE(writeByName("Sndout Conect", {1}));
     EXPECT_THAT(logLines(), ElementsAre(kNotFound, kNotClosed));
     forget();
     injectCard("load", -ENOMEM);
-    EXPECT_FALSE(writeElement("Sndout Open", {1}));
+    EXPECT_FALSE(writeByName("Sndout Open", {1}));
     EXPECT_THAT(logLines(), ElementsAre(errorOf("CONTROL_HANDLE_LOAD_ERROR",
                                                 "Control hw:0 load error: Cannot allocate memory"),
                                         kNotClosed));
@@ -400,7 +400,7 @@ TEST_F(KepTVAudioControl, ACardThatDidNotOpenIsNotClosed)
 {
     gCloseStatus = -EIO;
     injectCard("open", -EACCES);
-    EXPECT_FALSE(writeElement("Sndout Open", {1}));
+    EXPECT_FALSE(writeByName("Sndout Open", {1}));
     EXPECT_THAT(logLines(), ElementsAre(errorOf("CONTROL_HANDLE_OPEN_ERROR",
                                                 "Control hw:0 open error: Permission denied")));
     expectHandles(0);
@@ -430,7 +430,7 @@ TEST_F(KepTVAudioControl, AHandleIsClosedOnce)
 
 TEST_F(KepTVAudioControl, ACountOfNoneOrLessWritesZeros)
 {
-    EXPECT_TRUE(writeElement("Mute Input", {16, 3, 1}));
+    EXPECT_TRUE(writeByName("Mute Input", {16, 3, 1}));
     forget();
     for (const int count : {0, -1, -128, INT_MIN}) {
         EXPECT_TRUE(kepTVAudio::setControlElement("Mute Input", nullptr, count)) << count;
@@ -450,9 +450,9 @@ TEST_F(KepTVAudioControl, ACountOfNoneIgnoresTheValuesThatAreThere)
 
 TEST_F(KepTVAudioControl, ACountTooSmallLeavesZerosBehind)
 {
-    EXPECT_TRUE(writeElement("Mute Input", {16, 3, 1}));
+    EXPECT_TRUE(writeByName("Mute Input", {16, 3, 1}));
     forget();
-    EXPECT_TRUE(writeElement("Mute Input", {9}));
+    EXPECT_TRUE(writeByName("Mute Input", {9}));
     EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", "Mute Input", {9, 0, 0}}));
     EXPECT_THAT(logLines(), IsEmpty());
 }
@@ -460,7 +460,7 @@ TEST_F(KepTVAudioControl, ACountTooSmallLeavesZerosBehind)
 TEST_F(KepTVAudioControl, ACountTooLargeIsPassedOnAndTheElementTakesItsOwn)
 {
     for (const std::size_t count : {3, 8, 127, 128}) {
-        EXPECT_TRUE(writeElement("Mute Output", counted(count))) << count;
+        EXPECT_TRUE(writeByName("Mute Output", counted(count))) << count;
         EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", "Mute Output", {1, 2}}))
             << count;
         EXPECT_THAT(logLines(), IsEmpty()) << count;
@@ -472,7 +472,7 @@ TEST_F(KepTVAudioControl, ACountTooLargeIsPassedOnAndTheElementTakesItsOwn)
 TEST_F(KepTVAudioControl, ACountTooLargeReportsTheErrorOfTheWrite)
 {
     injectCard("write", -EINVAL, "Mute Output");
-    EXPECT_FALSE(writeElement("Mute Output", counted(3)));
+    EXPECT_FALSE(writeByName("Mute Output", counted(3)));
     EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", "Mute Output", {1, 2}, -EINVAL}));
     EXPECT_THAT(logLines(), ElementsAre(errorOf("CONTROL_ELEMENT_WRITE_ERROR",
                                                 "Control element write error: Invalid argument")));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The pipeline store: one map of attributes for each media pipeline, and the copy of the one that
-// plays now, which the middleware is given.
+// Pipelines, the store: one map of attributes for each media pipeline, and the copy of the one that
+// plays now, which the middleware is given; and what a pipeline lets see.
 #include <algorithm>
 #include <functional>
 #include <string_view>
@@ -9,6 +9,8 @@
 #include "kepcaught.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "keptvdelay.h"
+#include "keptvparser.h"
 #include "payloadkeys.h"
 
 namespace
@@ -47,6 +49,12 @@ AudioVideoInfo fieldsOf(const JValue& report)
 } // namespace
 
 // --- Finding a pipeline
+
+bool kepTVAudio::hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId)
+{
+    const auto id = pipeline.find("pipelineId");
+    return id != pipeline.end() && id->second == pipelineId;
+}
 
 void kepTVAudio::refreshPipelineIdHash(std::size_t position) const
 {
@@ -248,78 +256,4 @@ bool kepTVAudio::updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInf
         KEP_INFO("not update in local map because activestate is false");
     printAudioVideoInfoTable();
     return true;
-}
-
-// --- Queries of settings
-
-JValue kepTVAudio::getSettings(const std::string& category, JValue request)
-try {
-    requireStarted();
-    KEP_INFO("get settings for category %s, settings:%s", category.c_str(),
-             request.stringify().c_str());
-    if (category == key::kGainValue.name) {
-        const std::string type = request[key::kGainType.name].asString();
-        const std::string output = request[key::kGainOutput.name].asString();
-        KEP_DEBUG("Calling getGainAsInput with: type = %s, soundoutput = %s", type.c_str(),
-                  output.c_str());
-        JValue answer = JValue::object();
-        answer.put("soundOutput", output);
-        answer.put("gainValue", mPtrTVGain->getGainAsInput(type, output));
-        KEP_DEBUG("currentSettings = %s", answer.stringify().c_str());
-        return answer;
-    }
-    if (category == key::kReadRegister.name) {
-        JValue answer = mPtrTVAmplifier->readI2cDataFromAmplifier(request);
-        KEP_INFO("Data from audio amplifier is %s", answer.stringify().c_str());
-        return answer;
-    }
-    if (mSettingsList.empty()) {
-        KEP_DEBUG("settingsList is empty, Hence KEP returning jnull"); // sic
-        return true; // sic: the value true, not null; callers rely on it
-    }
-    if (!category.empty())
-        return getSettingsObject(category);
-
-    KEP_DEBUG("Resquested for Complete Settings List"); // sic
-    JValue answer = JValue::array();
-    for (const JValue& stored : mSettingsList) {
-        if (!stored.hasKey("category"))
-            continue;
-        static_cast<void>(answer.append(stored)); // storeSettings left room for it
-        // sic: named after the dump of pipelines; whoever reads the log relies on it
-        KEP_DEBUG_AS(KEP_HERE.as("printAudioVideoInfoTable"), "StreamInfo  Inside =  %s",
-                     stored.stringify().c_str());
-    }
-    KEP_DEBUG("currentSettings =  %s", answer.stringify().c_str()); // sic
-    return answer;
-} catch (...) {
-    return kepCaught(KEP_HERE, JValue{true});
-}
-
-JValue kepTVAudio::getSettingsObject(const std::string& category)
-{
-    if (category == key::kAmplifierState.name) {
-        std::string type;
-        std::vector<std::string> states;
-        if (!mPtrTVAmplifier->getAmplifierState(type, states))
-            return true; // sic: the value true, not an array; callers rely on it
-        JValue list = JValue::array();
-        for (const std::string& state : states)
-            list.append(state);
-        JValue answer = JValue::object();
-        answer.put("amplifierType", type);
-        static_cast<void>(answer.put("amplifierStates", list));
-        KEP_DEBUG("Reply Back from getSettings = %s", answer.stringify().c_str());
-        return answer;
-    }
-    KEP_DEBUG("Resquested for category = %s from Settings List", category.c_str()); // sic
-    JValue answer = JValue::array();
-    const auto stored =
-        std::find_if(mSettingsList.begin(), mSettingsList.end(),
-                     [&](const JValue& candidate) { return isOfCategory(candidate, category); });
-    if (stored != mSettingsList.end()) {
-        static_cast<void>(answer.append(*stored));
-        KEP_DEBUG("Requested Category StreamInfo = %s", stored->stringify().c_str());
-    }
-    return answer;
 }

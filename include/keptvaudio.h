@@ -9,26 +9,23 @@
 #include <string>
 #include <vector>
 
-#include "controlelements.h"
 #include "kepaudio.h"
 #include "kepaudiotypes.h"
 #include "kepexport.h"
-#include "keplog.h"
-#include "keptvamplifier.h"
-#include "keptvdelay.h"
-#include "keptvgain.h"
-#include "keptvparser.h"
-#include "keptvsoundengine.h"
 
+// Private to the library.
 struct _snd_hctl; // libasound's control handle
-
-/// What the formats of the digital outputs follow from (digitalformats.h).
-struct DigitalFormats;
-/// What decides about a mute of the headphone (headphonemute.h).
-struct HeadphoneMute;
-/// Opening and closing an output (soundoutputs.h).
+struct kepLogOrigin;
+class kepCatalogue;
+class kepTvParser;
+class kepTVAmplifier;
+class kepTVDelay;
+class kepTVGain;
+class kepTVSoundEngine;
 enum class OutputStep : std::uint8_t;
 struct OutputSequence;
+struct DigitalFormats;
+struct HeadphoneMute;
 
 /// The attributes of one media pipeline.
 using AudioVideoInfo = std::map<std::string, std::string>;
@@ -36,28 +33,35 @@ using AudioVideoInfo = std::map<std::string, std::string>;
 /// Routes the television's audio resources to its sound outputs and drives its audio middleware.
 ///
 // clang-format off
-/// One class, because all of it works on one state; its definitions are divided over files, a room each:
-///   keptvaudio.cpp            registration, life cycle, active state, entry points of settings and quality
-///   keptvaudio.control.cpp    the one door to the driver's control elements
-///   keptvaudio.routing.cpp    inputs: connecting resources to the current output
-///   keptvaudio.output.cpp     output selection
-///   keptvaudio.volume.cpp     volume and mute
-///   keptvaudio.headphone.cpp  headphone, and muting by power state
-///   keptvaudio.digital.cpp    formats of optical, ARC and eARC
-///   keptvaudio.startup.cpp    the initial gains, the start-up worker
-///   keptvaudioutil.cpp        names to identifiers, identifiers to driver numbers, predicates
-///   keptvaudioquality.cpp     the pipeline store, video reports, queries of settings
-///   keptvaudiosettings.cpp    updates of the pipeline store, audio reports, settings categories
+/// One class, because all of it works on one state; its definitions are divided over files, a room each, and
+/// below a banner each, in this order:
 ///
-/// What is a fact and not a rule stands in tables: soundoutputs.cpp, controlelements.h, payloadkeys.h.
+///   keptvaudio.cpp                    registration, life cycle, active state, entry point of settings
+///   keptvaudioutil.cpp                names to identifiers, identifiers to driver numbers, predicates
+///   keptvaudio.control.cpp            the one door to the driver's control elements
+///   keptvaudio.routing.cpp            inputs: connecting resources to the current output
+///   keptvaudio.output.cpp             output selection
+///   keptvaudio.volume.cpp             volume and mute
+///   keptvaudio.headphone.cpp          headphone, and muting by power state
+///   keptvaudio.digital.cpp            formats of optical, ARC and eARC
+///   keptvaudio.startup.cpp            the initial gains, the start-up worker
+///   *.pipelines.cpp                   pipelines: their store, their reports, what the middleware is given of them
+///   keptvaudiosettings.cpp            settings categories, and the store of settings
+///   keptvaudioquality.queries.cpp     queries of settings
 ///
-/// Log lines name the file up to its first dot, so they all say keptvaudio, but for the last three.
+/// What is a fact and not a rule stands in tables beside them: outputs, control elements, settings categories.
 ///
+/// A log line names its file, up to the first dot, and its operation, and both are as fixed as its text. So some
+/// operations stand where their lines have always said, some only forward, and pipelines have four files.
 // clang-format on
-/// Calls come from one thread at a time. The start-up worker and GLib timers work on the same
-/// object; who may touch what stands in threads.h.
+///
+/// Calls come from one thread at a time, the caller's; GLib timers run on it, too. The start-up
+/// worker works beside it on the same object, with copies and atomics only. Nothing thrown leaves
+/// an operation of `kepAudio`: it fails, with an error line. The other operations are what those
+/// are made of, and do not catch.
 class KEP_EXPORT kepTVAudio : public kepAudio
 {
+    // --- keptvaudio.cpp: life cycle
 public:
     /// Whether the backend could enter itself in the registry under its name.
     static bool mIsObjRegistered;
@@ -65,38 +69,27 @@ public:
     static kepTVAudio* getInstance();
     /// The creator: the one instance, null when the backend is not registered.
     static kepAudio* createObject();
-
     ~kepTVAudio() override;
-
-    // --- kepAudio
 
     unsigned int initAudio() override;
     unsigned int deinitAudio() override;
-    unsigned int connectInput(std::string source, std::string sink,
-                              JValue pipelineAttribute) override;
-    unsigned int disconnectInput(std::string source, std::string sink) override;
-    unsigned int getHeadphoneStatus(bool* connected) override;
-    unsigned int removePipelineInfo(std::string pipelineId) override;
-    unsigned int setSoundOutput(std::string soundOutput) override;
-    unsigned int setMute(std::string source, std::string sink, bool mute) override;
-    unsigned int setOutputVolume(std::string soundOutput, std::uint8_t volume) override;
-    unsigned int setInputVolume(std::string source, std::string sink, std::uint8_t volume) override;
-    unsigned int setOutputMute(std::string soundOutput, bool mute) override;
-    unsigned int setMuteExtSPK(bool mute) override;
-    unsigned int setQualityAttribute(JValue attribute) override;
-    unsigned int setSettings(std::string category, JValue payload) override;
-    JValue getSettings(const std::string& category, JValue request) override;
-
-    // --- Life cycle (keptvaudio.cpp)
-
     unsigned int initSpeaker();
     /// Sets whether the backend is the active one; logged at info level, like the query.
     void setActiveState(bool active);
     bool getActiveState() const;
+    unsigned int setSettings(std::string category, JValue payload) override;
 
-    // --- Identifiers (keptvaudioutil.cpp). Nothing fails: an unknown name has an identifier of its
+protected:
+    kepTVAudio();
+
+    void bindAdapters(kepTvParser* parser);
+    void leaveRegistry(const kepLogOrigin& origin);
+    /// Throws until initAudio has come to its end: the adapters have nothing to talk to before.
+    void requireStarted() const;
+
+    // --- keptvaudioutil.cpp: identifiers. Nothing fails: an unknown name has an identifier of its
     // own.
-
+public:
     /// The resource that source and sink name together; KEP_AUDIO_RESOURCE_INVALID when there is
     /// none.
     static KEP_AUDIO_RESOURCE_T getResourceId(const std::string& source, const std::string& sink);
@@ -113,11 +106,11 @@ public:
     bool isValidSoundout() const;
     /// The output that waits for its noise guard to end; logged at info level.
     KEP_AUDIO_SNDOUT_T getPopNoiseSoundOutput() const;
-    KEP_AUDIO_SNDOUT_T getCurrentSoundout() const { return mCurrentSoundout; }
+    KEP_AUDIO_SNDOUT_T getCurrentSoundout() const;
     /// The stored setting "soundOutput"; "" when there is none.
     std::string getSoundOutputKey() const;
 
-    // --- The driver (keptvaudio.control.cpp). False when the write failed, which has then been
+    // --- keptvaudio.control.cpp: the driver. False when the write failed, which has then been
     // logged.
 
     /// Writes the integers of the element of that name on the television's card.
@@ -127,9 +120,12 @@ public:
     /// Writes "Mute Output".
     static bool setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute);
 
-    // --- Inputs (keptvaudio.routing.cpp). Result: KEP_RESULT_OK or KEP_RESULT_FAILED. Members of a
+    // --- keptvaudio.routing.cpp: inputs. Result: KEP_RESULT_OK or KEP_RESULT_FAILED. Members of a
     // combination are written one after the other up to the first failure; nothing is undone.
 
+    unsigned int connectInput(std::string source, std::string sink,
+                              JValue pipelineAttribute) override;
+    unsigned int disconnectInput(std::string source, std::string sink) override;
     /// Connects or disconnects a resource and every member of the current sound output.
     unsigned int checkConnectInputResource(KEP_AUDIO_RESOURCE_T resource);
     unsigned int checkDisconnectInputResource(KEP_AUDIO_RESOURCE_T resource);
@@ -140,9 +136,16 @@ public:
     /// the first failure.
     bool connectDisconnectResources(int outputType, bool connect);
 
-    // --- Output selection (keptvaudio.output.cpp). False when a step failed, which has then been
-    // logged; a transition makes its other steps all the same.
+protected:
+    /// The current output; whatever cannot be one counts as speaker and optical.
+    KEP_AUDIO_SNDOUT_T routedOutput() const;
+    /// A copy, for whatever thread.
+    std::vector<KEP_AUDIO_RESOURCE_T> connectedResources() const;
 
+    // --- keptvaudio.output.cpp: output selection. False when a step failed, which has then been
+    // logged; a transition makes its other steps all the same.
+public:
+    unsigned int setSoundOutput(std::string soundOutput) override;
     bool handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output);
     // Fixed names of transitions. Nothing tells them apart but what their names say they lead to or
     // come from: the table of outputs (soundoutputs.cpp) knows what differs.
@@ -175,8 +178,26 @@ public:
     bool connectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output);
     bool disconnectBTSndBarOrWisaOutput(KEP_AUDIO_SNDOUT_T output);
 
-    // --- Volume and mute (keptvaudio.volume.cpp)
+protected:
+    /// Closes the members that the output lacks, then opens those that it has in addition.
+    bool moveTo(KEP_AUDIO_SNDOUT_T output);
+    /// Closes all members, then opens the output.
+    bool openAfresh(KEP_AUDIO_SNDOUT_T output);
+    /// What the current output, alone so far, does when it stays open as a member of this one.
+    bool joinInto(KEP_AUDIO_SNDOUT_T output);
+    /// Makes the steps in order, up to the first failure.
+    bool runSteps(const OutputSequence& sequence, KEP_AUDIO_SNDOUT_T output);
+    bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const OutputSequence& sequence);
+    void guardHeadphone(KEP_AUDIO_SNDOUT_T output);
+    bool unguardHeadphone();
 
+    // --- keptvaudio.volume.cpp: volume, 0 to 255, and mute
+public:
+    unsigned int setOutputVolume(std::string soundOutput, std::uint8_t volume) override;
+    unsigned int setInputVolume(std::string source, std::string sink, std::uint8_t volume) override;
+    unsigned int setOutputMute(std::string soundOutput, bool mute) override;
+    unsigned int setMute(std::string source, std::string sink, bool mute) override;
+    unsigned int setMuteExtSPK(bool mute) override;
     /// Sets the volume of the speaker family; 0 mutes the amplifier, leaving 0 unmutes it.
     bool setSpeakerHeadphoneOutputVolume(std::uint8_t volume);
     bool setQNSoundSyncOutputVolume(std::uint8_t volume, bool mute);
@@ -187,10 +208,11 @@ public:
     /// Whether the payload's "reset" is true.
     bool checkForResetValue(JValue value) const;
 
-    // --- Headphone and power state (keptvaudio.headphone.cpp). Three reasons may hold the
-    // headphone muted; it is unmuted when none is left. After power-on and resume a timer holds
-    // every unmute back.
+    // --- keptvaudio.headphone.cpp: headphone and power state. Three reasons may hold the headphone
+    // muted; it is unmuted when none is left. After power-on and resume a timer holds every unmute
+    // back.
 
+    unsigned int getHeadphoneStatus(bool* connected) override;
     bool setMuteHeadphone(bool mute);
     /// Mutes or unmutes the hardware, if the three reasons allow it.
     bool executeMuteHeadphone(bool mute);
@@ -214,13 +236,22 @@ public:
     bool setOpticLightOnOff(std::string state);
     void setSupportBnoModel(bool supported);
     bool getSupportBnoModel() const;
-    bool getPowerStateHeadphoneMute() const { return mPowerStateHeadphoneMute; }
-    bool getMuteHeadphoneDetection() const { return mHeadphoneDetectionMute; }
-    bool getMuteHeadphone() const { return mHeadphoneMuteStatus; }
+    bool getPowerStateHeadphoneMute() const;
+    bool getMuteHeadphoneDetection() const;
+    bool getMuteHeadphone() const;
 
-    // --- Digital outputs (keptvaudio.digital.cpp). Digital modes: "pcm", "auto", "passThrough".
+protected:
+    /// Starts the timer that lets the headphone be unmuted; false when one is pending already.
+    bool startUnmuteTimer(int (*callback)(void*));
+    static bool endUnmuteTimer(const kepLogOrigin& origin, const char* line);
+    /// All that decides about a mute, as it stands now.
+    HeadphoneMute headphoneMute() const;
+    bool isUnmuteHeldBack(const kepLogOrigin& origin, bool mute) const;
+    void muteHeadphoneOnColdStart();
+
+    // --- keptvaudio.digital.cpp: digital outputs. Digital modes: "pcm", "auto", "passThrough".
     // False when an element could not be written, which has then been logged.
-
+public:
     /// Writes the formats of optical and ARC for the mode, then that of eARC.
     bool setSoundOutputDigital(std::string mode);
     /// The mode of the current output: the user's for optical and ARC, "pcm" for every other one.
@@ -263,8 +294,42 @@ public:
     bool isValidCopyright(std::string copyright) const;
     bool setSpdifSecurity(std::string copyright);
 
-    // --- Pipelines (keptvaudioquality.cpp, keptvaudiosettings.cpp, keptvaudioutil.cpp)
+protected:
+    /// A parameter of the settings, or of the current pipeline; empty when there is none.
+    std::optional<std::string> qualityParam(const char* key) const;
+    std::optional<std::string> avParam(const char* key) const;
+    bool reapplyDigitalMode();
+    /// What the formats follow from, as it stands now.
+    DigitalFormats digitalFormats() const;
 
+    // --- keptvaudio.startup.cpp
+public:
+    /// Writes the initial gain of every connected resource and of the speaker, and notes whether
+    /// all of them went through. Failures are logged.
+    void initGainAudio();
+    /// The start-up worker's whole life: has the middleware read its files, covers the cold start's
+    /// noise and writes what initAudio could not. It ends early when the process does.
+    void startXmlParsing();
+
+protected:
+    /// Whether the three conditions of the start-up hold; they are to be met anew then.
+    bool beginsStartup();
+    void retryInitialGains();
+
+    // --- Pipelines: keptvaudio.pipelines.cpp (reports), keptvaudiosettings.pipelines.cpp (updates,
+    // what is heard), keptvaudioquality.pipelines.cpp (the store, what is seen),
+    // keptvaudioutil.pipelines.cpp (questions)
+public:
+    unsigned int setQualityAttribute(JValue attribute) override;
+    unsigned int removePipelineInfo(std::string pipelineId) override;
+    /// Takes in what a pipeline carries, by "requestType". Result code.
+    unsigned int setAudioVideoCategoryInfo(JValue payload);
+    void updatePolicyConnectionCategoryInfo(JValue payload);
+    bool setAudioInputInfo(JValue payload);
+    bool setVideoInputInfo(JValue payload);
+    /// Merge "categoryInfo" into the pipeline's attributes; false when the pipeline is unknown.
+    bool updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInfo);
+    bool updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInfo);
     /// Takes in a pipeline report: a new pipeline, or an update of a known one. False when it names
     /// none.
     bool updatePipelineInfo(JValue pipelineInfo);
@@ -281,37 +346,27 @@ public:
     void printAudioVideoInfoTable() const;
     void printSetQualityAttributeInfo() const;
 
-    // --- Start-up (keptvaudio.startup.cpp)
+protected:
+    static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
+    /// The position of the next pipeline of that id, counted from `from`; the store's size when
+    /// there is none.
+    std::size_t nextPipeline(const std::string& pipelineId, std::size_t from) const;
+    void refreshPipelineIdHash(std::size_t position) const;
+    std::optional<std::size_t> findAudioPipeline(const JValue& pipelineInfo) const;
+    static bool isRecording(const std::string& purpose);
+    // `changed`: whether the map differs from what the middleware's parameters have been set to.
+    void adoptPipeline(const AudioVideoInfo& pipeline, bool changed);
+    void applyPurpose(const kepLogOrigin& origin, const std::string& purpose,
+                      const AudioVideoInfo& pipeline, bool changed);
+    void useAsCurrentPipeline(const kepLogOrigin& origin, const AudioVideoInfo& pipeline,
+                              bool changed);
 
-    /// Writes the initial gain of every connected resource and of the speaker, and notes whether
-    /// all of them went through. Failures are logged.
-    void initGainAudio();
-    /// The start-up worker's whole life: has the middleware read its files, covers the cold start's
-    /// noise and writes what initAudio could not. It ends early when the process does.
-    void startXmlParsing();
-
-    // --- Quality attributes (keptvaudio.cpp, keptvaudiosettings.cpp, keptvaudioquality.cpp)
-
-    /// Takes in what a pipeline carries, by "requestType". Result code.
-    unsigned int setAudioVideoCategoryInfo(JValue payload);
-    void updatePolicyConnectionCategoryInfo(JValue payload);
-    bool setAudioInputInfo(JValue payload);
-    bool setVideoInputInfo(JValue payload);
-    /// Merge "categoryInfo" into the pipeline's attributes; false when the pipeline is unknown.
-    bool updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInfo);
-    bool updateVideoCategoryInfo(JValue pipelineInfo, JValue categoryInfo);
-
-    // --- Settings store (keptvaudiosettings.cpp, keptvaudioquality.cpp)
-
+    // --- keptvaudiosettings.cpp: settings categories. False when the payload lacks something, or a
+    // step failed, which has then been logged where it was seen.
+public:
     /// Remembers the payload as the category's value, in the place of an earlier one, at the list's
     /// end.
     bool storeSettings(const std::string& category, JValue payload);
-    /// The stored settings of one category as an array of at most one, or the amplifier's state.
-    JValue getSettingsObject(const std::string& category);
-
-    // --- Settings categories (keptvaudiosettings.cpp). False when the payload lacks something, or
-    // a step failed, which has then been logged where it was seen.
-
     bool setSoundConfigSettings(std::string category, JValue payload);
     /// Also launches the start-up worker once its three conditions hold.
     bool setSoundSettings(JValue payload);
@@ -336,111 +391,8 @@ public:
     bool setQualityAttributeSettings(JValue payload);
 
 protected:
-    kepTVAudio() = default;
-
-    // What driver writes are made of, as the 32-bit integers that the elements hold.
-    static std::int32_t typeOf(KEP_AUDIO_SNDOUT_T output)
-    {
-        return static_cast<std::int32_t>(getSoundOutputCommonType(output));
-    }
-    static std::int32_t indexOf(KEP_AUDIO_RESOURCE_T resource)
-    {
-        return static_cast<std::int32_t>(audioResourceIdToIndex(resource));
-    }
-    static std::int32_t portOf(KEP_AUDIO_RESOURCE_T resource)
-    {
-        return audioResourceIdToPort(resource);
-    }
-
-    /// Writes an element with exactly its number of integers.
-    template <std::size_t Count>
-    static bool write(const ControlElement<Count>& element, const std::int32_t (&values)[Count])
-    {
-        return setControlElement(element.name, values, static_cast<int>(Count));
-    }
-    /// The same, with the failure logged for the caller; `suffix` says where, after a blank.
-    template <std::size_t Count>
-    static bool writeOrLog(const kepLogOrigin& origin, const ControlElement<Count>& element,
-                           const std::int32_t (&values)[Count], const char* suffix = "")
-    {
-        if (write(element, values))
-            return true;
-        logWriteFailure(element.name, suffix, origin);
-        return false;
-    }
-    static void logWriteFailure(const char* element, const char* suffix,
-                                const kepLogOrigin& origin);
-
-    // --- Life cycle
-    void bindAdapters(kepTvParser* parser);
-    void leaveRegistry(const kepLogOrigin& origin);
-    /// Throws until initAudio has come to its end: the adapters have nothing to talk to before.
-    void requireStarted() const;
-
-    // --- Routing
-    /// The current output; whatever cannot be one counts as speaker and optical.
-    KEP_AUDIO_SNDOUT_T routedOutput() const;
-
-    // --- Output selection
-    /// Closes the members that the output lacks, then opens those that it has in addition.
-    bool moveTo(KEP_AUDIO_SNDOUT_T output);
-    /// Closes all members, then opens the output.
-    bool openAfresh(KEP_AUDIO_SNDOUT_T output);
-    /// What the current output, alone so far, does when it stays open as a member of this one.
-    bool joinInto(KEP_AUDIO_SNDOUT_T output);
-    /// Makes the steps in order, up to the first failure.
-    bool runSteps(const OutputSequence& sequence, KEP_AUDIO_SNDOUT_T output);
-    bool runStep(OutputStep step, KEP_AUDIO_SNDOUT_T output, const OutputSequence& sequence);
-    void guardHeadphone(KEP_AUDIO_SNDOUT_T output);
-    bool unguardHeadphone();
-
-    // --- Headphone. The reasons to mute and the timer are also used by the start-up worker.
-    /// Starts the timer that lets the headphone be unmuted; false when one is pending already.
-    bool startUnmuteTimer(int (*callback)(void*));
-    static bool endUnmuteTimer(const kepLogOrigin& origin, const char* line);
-    /// All that decides about a mute, as it stands now.
-    HeadphoneMute headphoneMute() const;
-    bool isUnmuteHeldBack(const kepLogOrigin& origin, bool mute) const;
-
-    // --- Digital outputs
-    /// A parameter of the settings, or of the current pipeline; empty when there is none.
-    std::optional<std::string> qualityParam(const char* key) const
-    {
-        return kepTvParser::find(mPtrParserInstance->mQualityParamsMap, key);
-    }
-    std::optional<std::string> avParam(const char* key) const
-    {
-        return kepTvParser::find(mPtrParserInstance->mAvParamsMap, key);
-    }
-    bool reapplyDigitalMode();
-    /// What the formats follow from, as it stands now.
-    DigitalFormats digitalFormats() const;
-
-    // --- Start-up
-    /// A copy, for whatever thread.
-    std::vector<KEP_AUDIO_RESOURCE_T> connectedResources() const;
-    /// Whether the three conditions of the start-up hold; they are to be met anew then.
-    bool beginsStartup();
-    void retryInitialGains();
-    void muteHeadphoneOnColdStart();
-
-    // --- Pipelines and settings
-    static bool hasPipelineId(const AudioVideoInfo& pipeline, const std::string& pipelineId);
-    /// The position of the next pipeline of that id, counted from `from`; the store's size when
-    /// there is none.
-    std::size_t nextPipeline(const std::string& pipelineId, std::size_t from) const;
-    void refreshPipelineIdHash(std::size_t position) const;
-    std::optional<std::size_t> findAudioPipeline(const JValue& pipelineInfo) const;
-    static bool isRecording(const std::string& purpose);
-    // `changed`: whether the map differs from what the middleware's parameters have been set to.
-    void adoptPipeline(const AudioVideoInfo& pipeline, bool changed);
-    void applyPurpose(const kepLogOrigin& origin, const std::string& purpose,
-                      const AudioVideoInfo& pipeline, bool changed);
-    void useAsCurrentPipeline(const kepLogOrigin& origin, const AudioVideoInfo& pipeline,
-                              bool changed);
     static bool isOfCategory(const JValue& stored, const std::string& category);
 
-    // --- Dispatch of settings (keptvaudiosettings.cpp)
     friend class kepCatalogue; // shows the categories
 
     struct SettingsRow;
@@ -480,8 +432,15 @@ protected:
     bool setAudioVideoSync(JValue payload);
     bool setOffsetDelay(JValue payload);
 
+    // --- keptvaudioquality.queries.cpp
+public:
+    JValue getSettings(const std::string& category, JValue request) override;
+    /// The stored settings of one category as an array of at most one, or the amplifier's state.
+    JValue getSettingsObject(const std::string& category);
+
+protected:
     // --- State, in its fixed order. The caller's thread alone reads and writes it, unless a line
-    // says otherwise (threads.h).
+    // says otherwise (src/tv/threads.h).
 
     // Class-wide: the unmute timer, any thread
     static std::atomic<unsigned int> mHeadphoneUnmuteTimerID; // GLib source, 0 when none is pending

@@ -3,12 +3,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
-#include "devicecapability.h"
 #include "kepaudio.h"
 #include "kepaudiotypes.h"
 #include "kepexport.h"
+
+struct DeviceCapability; // private to the library
 
 /// Drives a master switch, a master volume and one software volume per stream, which connecting and
 /// disconnecting an input set to 100 % and 0 %. Output changes, input volumes, the external
@@ -67,5 +69,5 @@ public:
 private:
     kepAlsaAudio();
 
-    const DeviceCapability mCapability;
+    const std::unique_ptr<const DeviceCapability> mCapability;
 };
