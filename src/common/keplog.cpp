@@ -11,8 +11,8 @@ std::atomic<LogContext*> kepLogContext{nullptr};
 namespace
 {
 
-void emit(const kepLogOrigin& origin, int level, const char* id, const char* format,
-          va_list arguments)
+[[gnu::format(printf, 4, 0)]] void emit(const kepLogOrigin& origin, int level, const char* id,
+                                        const char* format, va_list arguments)
 {
     std::array<char, 256> prefix; // NOLINT(*-member-init): written at once
     snprintf(prefix.data(), prefix.size(), "%.*s:%s(%d) ", static_cast<int>(origin.file.size()),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A policy service as one would write it elsewhere: it knows the installed headers only, and runs the backend
-// that its configuration names.
+// A policy service as one would write it elsewhere: it knows the installed headers only, and runs
+// the backend that its configuration names.
 #include <cstdio>
 
 #include <jdomparser.h>
@@ -18,7 +18,8 @@ int main()
     JDomParser parser{JSchema::acceptAll()};
     const bool done =
         audio->setSoundOutput("tv_speaker") == KEP_RESULT_OK &&
-        audio->connectInput("ADEC0", "MAIN", parser.parse(R"({"streamType": "movie"})")) == KEP_RESULT_OK &&
+        audio->connectInput("ADEC0", "MAIN", parser.parse(R"({"streamType": "movie"})")) ==
+            KEP_RESULT_OK &&
         audio->setOutputVolume("tv_speaker", audio->getDefaultVolume()) == KEP_RESULT_OK;
     if (!done)
         return 2;

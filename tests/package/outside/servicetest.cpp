@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The test of a service as one would write it elsewhere: in front of the virtual television, whose journal tells
-// what the driver was told, and by both backends.
+// The test of a service as one would write it elsewhere: in front of the virtual television, whose
+// journal tells what the driver was told, and by both backends.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -25,8 +25,10 @@ bool plays(const std::string& folder)
 {
     setenv("KEP_CONFIG_DIR", folder.c_str(), 1);
     kepClient* audio = kepClient::getInstance();
-    return audio->initialize() == KEP_STATUS_OK && audio->setSoundOutput("tv_speaker") == KEP_RESULT_OK &&
-           audio->setOutputVolume("tv_speaker", 12) == KEP_RESULT_OK && audio->deinitialize() == KEP_STATUS_OK;
+    return audio->initialize() == KEP_STATUS_OK &&
+           audio->setSoundOutput("tv_speaker") == KEP_RESULT_OK &&
+           audio->setOutputVolume("tv_speaker", 12) == KEP_RESULT_OK &&
+           audio->deinitialize() == KEP_STATUS_OK;
 }
 
 } // namespace
