@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "jdomparser.h"
 #include "kepcatalogue.h"
 #include "kepctltest.h"
 #include "listcommand.h"
@@ -25,12 +24,6 @@ using testing::StartsWith;
 
 namespace
 {
-
-JValue parsed(const std::string& text)
-{
-    JDomParser parser{JSchema::acceptAll()};
-    return parser.parse(text);
-}
 
 /// The values of one key of all rows.
 Texts column(const JValue& rows, const char* key)
@@ -81,7 +74,7 @@ TEST_F(Kepctl, HelpOnTracesShowsEveryEventWithAnExample)
     const std::string text = kepctl({"help", "trace"}).output;
     for (const TraceEvent& event : kTraceEvents) {
         EXPECT_THAT(text, HasSubstr("\n" + std::string{event.name} + ": "));
-        EXPECT_EQ(parsed(event.example)["event"].asString(), event.name);
+        EXPECT_EQ(json(event.example)["event"].asString(), event.name);
     }
 }
 
@@ -94,7 +87,7 @@ TEST_F(Kepctl, EveryListIsGivenInEveryFormat)
         EXPECT_EQ(text.status, kPlayed) << name;
         EXPECT_GT(linesOf(text.output).size(), 1U) << name;
         EXPECT_EQ(text.errors, "") << name;
-        const JValue rows = parsed(kepctl({"list", name, "--format", "json"}).output);
+        const JValue rows = json(kepctl({"list", name, "--format", "json"}).output);
         EXPECT_GT(rows.size(), 0U) << name;
         EXPECT_THAT(kepctl({"list", "--format=markdown", name}).output, HasSubstr("|---|")) << name;
     }
@@ -102,7 +95,7 @@ TEST_F(Kepctl, EveryListIsGivenInEveryFormat)
 
 TEST_F(Kepctl, TheListsHoldWhatTheLibraryKnows)
 {
-    const JValue operations = parsed(kepctl({"list", "operations", "--format", "json"}).output);
+    const JValue operations = json(kepctl({"list", "operations", "--format", "json"}).output);
     EXPECT_EQ(operations.size(), operationRows().size());
     for (const JValue& row : operations.elements())
         if (row["operation"].asString() == "setOutputVolume") {
@@ -110,14 +103,14 @@ TEST_F(Kepctl, TheListsHoldWhatTheLibraryKnows)
                       R"([{"name":"soundOutput","type":"a string"},)"
                       R"({"name":"volume","type":"a whole number from 0 to 255"}])");
         }
-    const JValue outputs = parsed(kepctl({"list", "outputs", "--format", "json"}).output);
+    const JValue outputs = json(kepctl({"list", "outputs", "--format", "json"}).output);
     EXPECT_EQ(outputs.size(), kepCatalogue::soundOutputs().size());
-    const JValue sources = parsed(kepctl({"list", "sources", "--format", "json"}).output);
+    const JValue sources = json(kepctl({"list", "sources", "--format", "json"}).output);
     EXPECT_EQ(sources.size(), kepCatalogue::inputSources().size());
-    const JValue categories = parsed(kepctl({"list", "categories", "--format", "json"}).output);
+    const JValue categories = json(kepctl({"list", "categories", "--format", "json"}).output);
     for (const kepSettingsCategory& category : kepCatalogue::settingsCategories())
         EXPECT_THAT(column(categories, "category"), Contains(category.name));
-    const JValue elements = parsed(kepctl({"list", "elements", "--format", "json"}).output);
+    const JValue elements = json(kepctl({"list", "elements", "--format", "json"}).output);
     for (const kepControlElement& element : kepCatalogue::controlElements())
         EXPECT_THAT(column(elements, "element"), Contains(element.name));
     EXPECT_THAT(column(elements, "card"), Contains("default"));
@@ -125,7 +118,7 @@ TEST_F(Kepctl, TheListsHoldWhatTheLibraryKnows)
 
 TEST_F(Kepctl, EveryMiddlewareOperationCanBeInjected)
 {
-    const JValue rows = parsed(kepctl({"list", "middleware", "--format", "json"}).output);
+    const JValue rows = json(kepctl({"list", "middleware", "--format", "json"}).output);
     for (const std::string& name : column(rows, "operation"))
         EXPECT_NO_THROW(
             parseScriptLine(R"({"inject": {"middleware": ")" + name + R"(", "status": 1}})"))

@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "jdomparser.h"
 #include "kepctltest.h"
 #include "scriptline.h"
 
@@ -130,8 +129,7 @@ TEST_F(Kepctl, EveryEventIsCompactJsonWithItsKeysInOrder)
     const std::string logForm =
         R"(\{"event":"log","level":[3467],"id":"[A-Z_]*","text":"[a-z]+:[A-Za-z~]+\([0-9]+\) .*"\})";
     for (const std::string& line : linesOf(outcome.output)) {
-        JDomParser parser{JSchema::acceptAll()};
-        const JValue event = parser.parse(line);
+        const JValue event = json(line);
         ASSERT_TRUE(event.isObject()) << line;
         EXPECT_EQ(event.members().front().first, "event");
         EXPECT_EQ(event.stringify(), line);
@@ -183,32 +181,25 @@ TEST_F(Kepctl, ASetLineChangesTheLogLevelFromThereOn)
 
 TEST_F(Kepctl, AnInjectLineHoldsUntilItIsClearedOrUsedUp)
 {
+    const std::string usedUpAndElsewhere =
+        R"({"inject": {"control": "Master Playback Volume", "status": 0, "times": 1}})"
+        "\n"
+        R"({"inject": {"control": "Master Playback Volume", "status": -16, "times": 1}})"
+        "\n"
+        R"({"inject": {"control": "*", "card": "hw:0", "status": -19}})"
+        "\n";
+    const std::string ofOtherAccesses =
+        R"({"inject": {"control": "*", "stage": "info", "card": "default", "status": -1}})"
+        "\n"
+        R"({"inject": {"control": "Softmaster", "status": -19}})"
+        "\n";
+    const std::string ofAll = R"({"inject": {"control": "*", "status": -5}})"
+                              "\n";
+    const std::string clear = R"({"clear": true})"
+                              "\n";
     const Execution outcome =
-        play(kInitialize +
-             R"({"inject": {"control": "Master Playback Volume", "status": 0, "times": 1}})"
-             "\n"
-             R"({"inject": {"control": "Master Playback Volume", "status": -16, "times": 1}})"
-             "\n"
-             R"({"inject": {"control": "*", "card": "hw:0", "status": -19}})"
-             "\n"
-             R"({"inject": {"control": "*", "stage": "info", "card": "default", "status": -1}})"
-             "\n"
-             R"({"inject": {"control": "Softmaster", "status": -19}})"
-             "\n"
-             R"({"clear": true})"
-             "\n"
-             R"({"inject": {"control": "Master Playback Volume", "status": 0, "times": 1}})"
-             "\n"
-             R"({"inject": {"control": "Master Playback Volume", "status": -16, "times": 1}})"
-             "\n"
-             R"({"inject": {"control": "*", "card": "hw:0", "status": -19}})"
-             "\n"
-             R"({"inject": {"control": "*", "status": -5}})"
-             "\n" +
-             kVolume40 + kVolume40 + kVolume40 + kVolume40 +
-             R"({"clear": true})"
-             "\n" +
-             kVolume40);
+        play(kInitialize + usedUpAndElsewhere + ofOtherAccesses + clear + usedUpAndElsewhere +
+             ofAll + kVolume40 + kVolume40 + kVolume40 + kVolume40 + clear + kVolume40);
     const auto written = [](int status) {
         return R"({"event":"control","card":"default","element":"Master Playback Volume","values":[40],"status":)" +
                std::to_string(status) + "}";

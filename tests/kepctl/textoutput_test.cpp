@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include "eventfilters.h"
-#include "jdomparser.h"
 #include "kepctltest.h"
 #include "textlayout.h"
 
@@ -327,8 +326,7 @@ TEST_F(Kepctl, TimeIsTheLastKeyOfEveryEvent)
     const Execution outcome = play(kInitialize + "{\"wait\": 60}\n" + kVolume40, {"--time"});
     std::int64_t latest = 0;
     for (const std::string& line : linesOf(outcome.output)) {
-        JDomParser parser{JSchema::acceptAll()};
-        const auto [key, value] = parser.parse(line).members().back();
+        const auto [key, value] = json(line).members().back();
         EXPECT_EQ(key, "ms") << line;
         EXPECT_TRUE(value.isNumber()) << line;
         EXPECT_GE(value.asNumber<std::int64_t>(), latest) << line;

@@ -105,10 +105,7 @@ public:
 private:
     snd_hctl_elem_t* found(const char* element)
     {
-        snd_ctl_elem_id_t* identifier = nullptr;
-        snd_ctl_elem_id_alloca(&identifier);
-        fill(identifier, element);
-        snd_hctl_elem_t* handle = snd_hctl_find_elem(mCard.get(), identifier);
+        snd_hctl_elem_t* handle = snd_hctl_find_elem(mCard.get(), identifierOf(element).get());
         if (handle == nullptr)
             throw std::runtime_error{std::string{"no element "} + element};
         return handle;

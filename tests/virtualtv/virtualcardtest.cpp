@@ -12,12 +12,15 @@
 
 // --- One element through libasound
 
-void fill(snd_ctl_elem_id_t* id, const Id& wanted)
+IdPtr identifierOf(const Id& wanted)
 {
+    snd_ctl_elem_id_t* id = nullptr;
+    snd_ctl_elem_id_malloc(&id);
     snd_ctl_elem_id_set_interface(id, wanted.interface);
     snd_ctl_elem_id_set_name(id, wanted.name.c_str());
     snd_ctl_elem_id_set_index(id, wanted.index);
     snd_ctl_elem_id_set_numid(id, wanted.number);
+    return IdPtr{id};
 }
 
 Id byNumber(unsigned int number)
@@ -49,24 +52,18 @@ int openStatus(const std::string& card)
 
 int writeTo(snd_ctl_t* card, const Id& id, const Values& values)
 {
-    snd_ctl_elem_id_t* identifier = nullptr;
-    snd_ctl_elem_id_alloca(&identifier);
-    fill(identifier, id);
     snd_ctl_elem_value_t* written = nullptr;
     snd_ctl_elem_value_alloca(&written);
-    snd_ctl_elem_value_set_id(written, identifier);
+    snd_ctl_elem_value_set_id(written, identifierOf(id).get());
     setIntegers(written, values);
     return snd_ctl_elem_write(card, written);
 }
 
 int readFrom(snd_ctl_t* card, const Id& id, Values& values)
 {
-    snd_ctl_elem_id_t* identifier = nullptr;
-    snd_ctl_elem_id_alloca(&identifier);
-    fill(identifier, id);
     snd_ctl_elem_value_t* got = nullptr;
     snd_ctl_elem_value_alloca(&got);
-    snd_ctl_elem_value_set_id(got, identifier);
+    snd_ctl_elem_value_set_id(got, identifierOf(id).get());
     const int status = snd_ctl_elem_read(card, got);
     getIntegers(got, values);
     return status;
@@ -86,12 +83,9 @@ long valueOf(snd_ctl_t* card, const Id& id)
 
 Information information(snd_ctl_t* card, const Id& id)
 {
-    snd_ctl_elem_id_t* identifier = nullptr;
-    snd_ctl_elem_id_alloca(&identifier);
-    fill(identifier, id);
     snd_ctl_elem_info_t* info = nullptr;
     snd_ctl_elem_info_alloca(&info);
-    snd_ctl_elem_info_set_id(info, identifier);
+    snd_ctl_elem_info_set_id(info, identifierOf(id).get());
     Information all;
     all.status = snd_ctl_elem_info(card, info);
     if (all.status < 0)

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -35,7 +36,12 @@ struct Id {
     Id(std::string elementName) : name(std::move(elementName)) {}
 };
 
-void fill(snd_ctl_elem_id_t* id, const Id& wanted);
+struct IdFreer {
+    void operator()(snd_ctl_elem_id_t* id) const noexcept { snd_ctl_elem_id_free(id); }
+};
+using IdPtr = std::unique_ptr<snd_ctl_elem_id_t, IdFreer>;
+
+IdPtr identifierOf(const Id& wanted);
 Id byNumber(unsigned int number);
 
 void setIntegers(snd_ctl_elem_value_t* value, const Values& integers);
