@@ -32,7 +32,7 @@ public:
 
     explicit JDomParser(JSchema schema) noexcept { static_cast<void>(schema); }
 
-    /// The parsed value; an invalid value on failure, whose reason is then in `errorText`.
+    /// The value of a text of at most 2 GiB; invalid on failure, with the reason in `errorText`.
     JValue parse(std::string_view text);
     /// The same for a file of at most kMaxFileBytes. Only regular files are opened.
     JValue parseFile(const std::string& path);

@@ -79,8 +79,8 @@ public:
     [[nodiscard]] bool isObject() const noexcept;
 
     // --- Conversion. The first form answers whether the value was of that type; where it was not,
-    // the argument becomes "", false or 0. Numbers: a fraction is cut toward zero, a number out of
-    // range becomes the nearest that fits.
+    // the argument becomes "", false or 0. A number out of range becomes the nearest that fits; for
+    // an integer, its fraction is cut toward zero.
 
     bool asString(std::string& text) const;
     bool asBool(bool& value) const noexcept;
@@ -145,8 +145,8 @@ public:
     // --- The whole value
 
     /// The JSON text: compact, members in insertion order, "/" not escaped, UTF-8 as it is; "null"
-    /// for an invalid value. Integers beyond 64 bits were cut to the nearest that fits when they
-    /// were parsed.
+    /// for an invalid value. Parsed numbers stand as they were written (1.50, 1e2), but integers
+    /// beyond 64 bits as the nearest that fits.
     [[nodiscard]] std::string stringify() const;
     /// Containers that stand inside one another in this value, itself included; 0 for a scalar.
     [[nodiscard]] int depth() const noexcept;

@@ -30,7 +30,7 @@ public:
     int setInstartSoundEngine(bool on);
     int setDolbyAtmos(bool on);
     int setForcedDolbyAtmos(bool on);
-    /// Takes `count` parameters, 0 allowed.
+    /// Takes `count` parameters; with 0 of them the pointer may be null.
     int setMagicSpaceSoundParams(const int* parameters, int count);
     int setStoreMode(const std::string& mode);
     int setSoundMode(const std::string& mode);

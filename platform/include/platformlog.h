@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The platform's log: named contexts with a level, messages with an id and key-value pairs.
-// Everything here may be called from any thread, and nothing throws.
+// The platform's log: named contexts with a level, messages with an id and key-value pairs. All of
+// it may be called from any thread; nothing throws, but `LogSetSink` when there is no memory.
 #pragma once
 
 #include <cstdarg>
@@ -38,7 +38,7 @@ struct LogMessage {
 extern "C" {
 
 /// The context of that name, made at its first request at level info, valid until the process ends.
-/// Null for a null or an empty name.
+/// Null for a null or an empty name, and when there is no memory for a new one.
 KEP_PLATFORM_EXPORT LogContext* LogGetContext(const char* name) noexcept;
 
 /// The level that the context admits; kLogError for a null context.
@@ -51,16 +51,16 @@ KEP_PLATFORM_EXPORT void LogSetLevel(LogContext* context, int level) noexcept;
 LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pairs,
          std::size_t pairCount, const char* format, ...) noexcept;
 
-/// The same for a text of two parts, `prefix` and what is formatted; it is formatted once. A text
-/// for which there is no memory is cut with "...".
+/// The same for a text of two parts, `prefix`, cut at 1,020 bytes, and what is formatted, which is
+/// done once. A text for which there is no memory is cut with "...".
 [[gnu::format(printf, 7, 0)]] KEP_PLATFORM_EXPORT void
 LogMsgPrefixed(LogContext* context, int level, const char* id, const LogPair* pairs,
                std::size_t pairCount, const char* prefix, const char* format,
                va_list arguments) noexcept;
 }
 
-using LogSink = std::function<void(const LogMessage&)>;
+using LogSink = std::function<void(const LogMessage&)>; // throws a std::exception at most
 
 /// Sends all messages to `sink` instead of the journal or standard error; an empty one restores
-/// those. The sink runs on the thread that logs.
+/// those. The sink runs on the thread that logs; one that is replaced may still be running there.
 KEP_PLATFORM_EXPORT void LogSetSink(LogSink sink);
