@@ -19,6 +19,7 @@ using testing::AllOf;
 using testing::Contains;
 using testing::Each;
 using testing::HasSubstr;
+using testing::IsSupersetOf;
 using testing::Not;
 using testing::StartsWith;
 
@@ -76,6 +77,43 @@ TEST_F(Kepctl, HelpOnTracesShowsEveryEventWithAnExample)
         EXPECT_THAT(text, HasSubstr("\n" + std::string{event.name} + ": "));
         EXPECT_EQ(json(event.example)["event"].asString(), event.name);
     }
+}
+
+TEST_F(Kepctl, HelpOnTheConfigurationShowsEveryKeyOfBothFiles)
+{
+    const std::string text = kepctl({"help", "config"}).output;
+    EXPECT_THAT(text, HasSubstr("from /etc/orva/kep"));
+    EXPECT_THAT(text, HasSubstr("\nkep-config.json, keys of \"Q27R5\":\n"));
+    EXPECT_THAT(text, HasSubstr("\ndevice-cap.json, keys of \"audioMasterDefault\":\n"));
+    for (const char* key :
+         {"kepAudio", "kepDefaultVolume", "card", "muteControlName", "volumeControlName"})
+        EXPECT_THAT(text, HasSubstr("\n  " + std::string{key} + " "));
+}
+
+TEST_F(Kepctl, HelpOnTheEnvironmentShowsWhatTheVirtualTelevisionReads)
+{
+    const std::string text = kepctl({"help", "environment"}).output;
+    for (const char* variable : {"KEP_CONFIG_DIR", "KEP_VIRTUALTV_STATE", "KEP_VIRTUALTV_CARD",
+                                 "KEP_VIRTUALTV_LINES", "KEP_VIRTUALTV_TRACE", "NO_COLOR"})
+        EXPECT_THAT(text, HasSubstr("\n  " + std::string{variable} + " "));
+}
+
+TEST_F(Kepctl, HelpOnACommandShowsItsExitStatuses)
+{
+    EXPECT_THAT(kepctl({"help", "run"}).output, HasSubstr("\n  1  with --strict"));
+    EXPECT_THAT(kepctl({"help", "list"}).output,
+                AllOf(HasSubstr("\n  0  done\n"), Not(HasSubstr("--strict"))));
+}
+
+TEST_F(Kepctl, ThereIsAManualPageOfEachCommandAndFormat)
+{
+    const Texts pages = linesOf(kepctl({"help", "man-pages"}).output);
+    EXPECT_THAT(pages, IsSupersetOf({"kepctl.1", "kepctl-run.1", "kepctl-shell.1", "kepctl-env.1",
+                                     "kepctl-card.1", "kepctl-list.1", "kepctl-help.1",
+                                     "kepctl-script.5", "kepctl-trace.5", "kep-config.json.5",
+                                     "device-cap.json.5", "libkep.3"}));
+    for (const std::string& page : pages)
+        EXPECT_THAT(kepctl({"help", page}).output, HasSubstr("\n.Sh NAME\n")) << page;
 }
 
 // --- Lists

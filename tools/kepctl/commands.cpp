@@ -20,15 +20,14 @@ namespace
 constexpr Command kCommands[] = {
     {"run", kRun, "[OPTION]... SCRIPT...", "play request scripts (\"-\" reads standard input)",
      "A script file is checked whole before anything is played, standard input line by line as it\n"
-     "comes. Exit status: 0 the scripts ran to their end; 1 with --strict, when a call failed;\n"
-     "2 unusable options, a bad script line, or output that could not be written.\n"
+     "comes.\n"
      "\"kepctl help script\" explains the lines, \"kepctl help trace\" what comes out.",
      &runScripts},
     {"shell", kShell, "[OPTION]...", "the same, typed by hand, with history and completion",
      "Script lines in full, or short: setOutputVolume tv_speaker 12; wait 5100. Strings need no\n"
      "quotes, Tab completes, timers run while one types; :help tells the rest. The history is kept\n"
      "in kepctl/history in $XDG_STATE_HOME (~/.local/state). From a pipe, lines are taken as they\n"
-     "come; exit status 2 when one of them was no good.",
+     "come.",
      &runShell},
     {"env", kEnv, "[OPTION]...", "shell exports with which amixer, alsamixer and the like see the virtual cards",
      "Use it as in: eval \"$(kepctl env)\"; amixer -D hw:0 contents",
@@ -41,9 +40,16 @@ constexpr Command kCommands[] = {
     {"list", kList, "[OPTION]... WHAT", "what there is by name, with arguments, types and ranges",
      nullptr,
      &list},
-    {"help", kHelp, "[TOPIC]", "help on a command, on \"script\" or on \"trace\"",
+    {"help", kHelp, "[TOPIC]", "help on a command, or on script, trace, config, environment",
      nullptr,
      &help},
+};
+constexpr ExitMeaning kExitMeanings[] = {
+    {kPlayed,     kRun | kShell,                "the scripts, or what was typed, ran to their end"},
+    {kPlayed,     kEnv | kCard | kList | kHelp, "done"},
+    {kCallFailed, kRun,                         "with --strict: a call of the script failed"},
+    {kUnusable,   kRun | kShell,                "unusable options, a bad script line, or output that could not be written"},
+    {kUnusable,   kEnv | kCard | kList | kHelp, "unusable options, or output that could not be written"},
 };
 // clang-format on
 
@@ -96,6 +102,11 @@ int runNamed(const Command& command, const std::vector<std::string>& arguments)
 std::span<const Command> commandRows()
 {
     return kCommands;
+}
+
+std::span<const ExitMeaning> exitMeanings()
+{
+    return kExitMeanings;
 }
 
 const Command* findCommand(const std::string& name)

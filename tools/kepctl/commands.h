@@ -18,7 +18,15 @@ struct Command {
     int (*run)(const Options& options); // its exit status
 };
 
+/// What an exit status means for these commands.
+struct ExitMeaning {
+    ExitStatus status;
+    unsigned commands; // CommandSet
+    const char* meaning;
+};
+
 std::span<const Command> commandRows();
+std::span<const ExitMeaning> exitMeanings();
 /// Null for an unknown name.
 const Command* findCommand(const std::string& name);
 

@@ -9,8 +9,12 @@
 
 #include "closest.h"
 #include "commands.h"
+#include "configurationkeys.h"
+#include "environmentvariables.h"
+#include "kepcatalogue.h"
 #include "kepclient.h"
 #include "listcommand.h"
+#include "manpages.h"
 #include "output.h"
 #include "scriptgrammar.h"
 #include "shellcompletion.h"
@@ -51,13 +55,22 @@ std::string optionsOf(CommandSet command)
     return text;
 }
 
+std::string exitStatusesOf(CommandSet command)
+{
+    std::string text = "Exit status:\n";
+    for (const ExitMeaning& row : exitMeanings())
+        if ((row.commands & command) != 0)
+            text += "  " + std::to_string(row.status) + "  " + row.meaning + "\n";
+    return text;
+}
+
 void helpOverview()
 {
     output::print(
         "kepctl plays request scripts against the library on a virtual television and\n"
         "shows what it would do.\n\n" +
         usage() + "\n" + optionsOf(kNoCommand) +
-        "\n\"kepctl help COMMAND\", \"kepctl help script\" and \"kepctl help trace\" tell more.\n");
+        "\n\"kepctl help COMMAND\" and \"kepctl help TOPIC\" tell more: script, trace, config, environment.\n");
 }
 
 void helpCommand(const Command& command)
@@ -65,13 +78,10 @@ void helpCommand(const Command& command)
     output::print("Usage: " + usageOf(command) + "\n\n" + command.summary + "\n\n" +
                   optionsOf(command.bit) +
                   (command.help != nullptr ? std::string{"\n"} + command.help + "\n" : "") +
-                  (command.bit == kList ? "\nWHAT is " + anyOf(listNames()) + ".\n" : ""));
+                  (command.bit == kList ? "\nWHAT is " + anyOf(listNames()) + ".\n" : "") + "\n" +
+                  exitStatusesOf(command.bit));
 }
 
-struct FormTitle {
-    ObjectForm form;
-    const char* title;
-};
 constexpr FormTitle kFormTitles[] = {
     {ObjectForm::CallLine, "a call"},
     {ObjectForm::Settings, "\"set\""},
@@ -84,10 +94,7 @@ constexpr FormTitle kFormTitles[] = {
 
 void helpScript()
 {
-    std::string text =
-        "A script has one JSON object a line. Blank lines, and lines with # in the first\n"
-        "column, are skipped. Nothing is initialised behind its back: a script that wants\n"
-        "a backend calls initialize.\n";
+    std::string text = scriptIntroduction();
     for (const LineKind& kind : lineKinds()) {
         text += "\n" + std::string{kind.key} + ": " + kind.summary + "\n";
         for (const LineExample& example : lineExamples())
@@ -101,21 +108,48 @@ void helpScript()
                 text += "  " + padded(key.key, 16) + typeOf(key) +
                         (key.required ? "" : ", optional") + ": " + key.help + "\n";
     }
-    text +=
-        "\nAn injection without \"times\" holds until cleared. Of several that match, the oldest still\n"
-        "in force is used; a status of 0 lets the access through.\n";
-    output::print(text);
+    output::print(text + "\n" + injectionRule());
 }
 
 void helpTrace()
 {
-    std::string text =
-        "With --format jsonl every event is one JSON object a line, \"event\" first, in the order\n"
-        "in which things happen. Events of another thread than the main one carry\n"
-        "\"thread\": \"worker\". Keys with nothing to say are left out.\n";
+    std::string text = traceIntroduction();
     for (const TraceEvent& event : kTraceEvents)
         text += "\n" + std::string{event.name} + ": " + event.meaning + "\n  keys: " + event.keys +
                 "\n  " + event.example + "\n";
+    output::print(text);
+}
+
+void helpConfig()
+{
+    std::string text = std::string{"The library reads two JSON files from "} +
+                       kepCatalogue::build().configurationFolder +
+                       ",\nor from the folder that KEP_CONFIG_DIR names.\n";
+    const char* file = "";
+    for (const ConfigurationKey& row : kConfigurationKeys) {
+        if (file != std::string{row.file})
+            text += std::string{"\n"} + row.file + ", keys of \"" +
+                    (row.section != nullptr ? row.section : kepCatalogue::build().socKey) + "\":\n";
+        file = row.file;
+        text += "  " + padded(row.key, 18) + row.type + ": " + row.meaning + "\n      such as " +
+                row.example + "\n";
+    }
+    output::print(text);
+}
+
+void helpEnvironment()
+{
+    std::string text = "Environment variables:\n";
+    for (const EnvironmentVariable& variable : kEnvironmentVariables)
+        text += "  " + padded(variable.name, 20) + variable.meaning + "\n";
+    output::print(text);
+}
+
+void listManPages()
+{
+    std::string text;
+    for (const std::string& name : manPageNames())
+        text += name + "\n";
     output::print(text);
 }
 
@@ -127,6 +161,9 @@ struct Topic {
 constexpr Topic kTopics[] = {
     {"script", &helpScript, true},
     {"trace", &helpTrace, true},
+    {"config", &helpConfig, true},
+    {"environment", &helpEnvironment, true},
+    {"man-pages", &listManPages, false},
     {"completion-bash", [] { output::print(bashCompletion()); }, false},
     {"completion-zsh", [] { output::print(zshCompletion()); }, false},
 };
@@ -151,6 +188,33 @@ std::string libraryFile()
 }
 
 } // namespace
+
+const char* scriptIntroduction()
+{
+    return "A script has one JSON object a line. Blank lines, and lines with # in the first\n"
+           "column, are skipped. Nothing is initialised behind its back: a script that wants\n"
+           "a backend calls initialize.\n";
+}
+
+const char* injectionRule()
+{
+    return "An injection without \"times\" holds until cleared. Of several that match, the oldest "
+           "still\n"
+           "in force is used; a status of 0 lets the access through.\n";
+}
+
+const char* traceIntroduction()
+{
+    return "With --format jsonl every event is one JSON object a line, \"event\" first, in the "
+           "order\n"
+           "in which things happen. Events of another thread than the main one carry\n"
+           "\"thread\": \"worker\". Keys with nothing to say are left out.\n";
+}
+
+std::span<const FormTitle> formTitles()
+{
+    return kFormTitles;
+}
 
 std::string usage()
 {
@@ -193,7 +257,11 @@ int help(const Options& options)
         topic.print();
         return kPlayed;
     }
-    return unknownTopic(word);
+    const std::string page = manPage(word); // "kepctl.1": for those who build
+    if (page.empty())
+        return unknownTopic(word);
+    output::print(page);
+    return kPlayed;
 }
 
 int printVersion()
