@@ -12,6 +12,7 @@
 namespace mwl_amp
 {
 
+/// The amplifier of the speakers.
 class MWLAmplifier
 {
 public:

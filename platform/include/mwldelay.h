@@ -31,6 +31,7 @@ static_assert(offsetof(MWL_DELAY_USER_PARAM_LIST_T, avSyncBtSurround) == 16);
 namespace mwl_delay
 {
 
+/// The delays between sound and picture.
 class MWLDelay
 {
 public:

@@ -18,6 +18,7 @@ enum MWL_GAIN_TYPE_T : std::uint32_t {
 namespace mwl_gain
 {
 
+/// Gains and volumes.
 class MWLGain
 {
 public:

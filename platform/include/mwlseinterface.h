@@ -10,6 +10,7 @@
 namespace mwl_se
 {
 
+/// The sound engine.
 class MwlSeInterface
 {
 public:

@@ -30,6 +30,8 @@ expect out 'test \[NAME-FILTER\] \[--preset PRESET\]'
 # --- Tests by name and preset
 expect_status 0 "$kep" -n test Routing --preset asan --repeat until-pass:2
 expect out '^ctest .*/asan .*-R Routing --repeat until-pass:2$'
+expect_status 0 "$kep" -n docs
+expect out '^ninja .* docs manpages$'
 expect_status 0 "$kep" -n run
 expect_lines out 3
 expect out '^ninja .* kepctl$'
