@@ -17,7 +17,11 @@ cd "$site"
 for class in kepClient kepAudio kepFactory kepCatalogue JValue JDomParser; do
     [ -e "class$class.html" ] || fail "no page on $class"
 done
-grep -q 'Selects\|Connects the source' classkepAudio.html || fail "what the headers say is not there"
+grep -q 'Connects the source' classkepAudio.html || fail "what a header says of a member is not there"
+grep -q '>Life cycle<' classkepClient.html || fail "the banners of a class are not there"
+grep -q "the backend's code, KEP_RESULT_FAILED when there is none" classkepClient.html ||
+    fail "what a banner says is not there"
+grep -q 'What the television.s GPIO library must supply' hwiogpio_8h.html || fail "what a header is for is not there"
 for page in "$2"/*.md "$2"/docs/*.md "$2"/docs/decisions/*.md; do
     title=$(sed -n 's/^# //p' "$page" | head -n 1)
     grep -qF ">$title<" ./*.html || fail "no page \"$title\" ($page)"
