@@ -93,6 +93,15 @@ void LogMsgPrefixed(LogContext* context, int level, const char* id, const LogPai
     next<decltype(LogMsgPrefixed)>("LogMsgPrefixed")(
         context, level, id, pairs, gDropPairs ? 0 : pairCount, prefix, format, arguments);
 }
+
+void LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pairs,
+              std::size_t pairCount, const char* format, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, format);
+    LogMsgPrefixed(context, level, id, pairs, pairCount, "", format, arguments);
+    va_end(arguments);
+}
 }
 
 namespace
