@@ -34,7 +34,7 @@ using AudioVideoInfo = std::map<std::string, std::string>;
 ///
 // clang-format off
 /// One class, because all of it works on one state; its definitions are divided over files, a room each, and
-/// below a banner each, in this order:
+/// below a banner each, in this order (a file is called a room elsewhere):
 ///
 ///   keptvaudio.cpp                    registration, life cycle, active state, entry point of settings
 ///   keptvaudioutil.cpp                names to identifiers, identifiers to driver numbers, predicates
@@ -107,7 +107,7 @@ public:
     /// The output that waits for its noise guard to end; logged at info level.
     KEP_AUDIO_SNDOUT_T getPopNoiseSoundOutput() const;
     KEP_AUDIO_SNDOUT_T getCurrentSoundout() const;
-    /// The stored setting "soundOutput"; "" when there is none.
+    /// The name that setSoundOutput was last given and knew, carried out or not; "" before.
     std::string getSoundOutputKey() const;
 
     // --- keptvaudio.control.cpp: the driver. False when the write failed, which has then been
@@ -147,8 +147,9 @@ protected:
 public:
     unsigned int setSoundOutput(std::string soundOutput) override;
     bool handleSetSoundOutput(KEP_AUDIO_SNDOUT_T output);
-    // Fixed names of transitions. Nothing tells them apart but what their names say they lead to or
-    // come from: the table of outputs (soundoutputs.cpp) knows what differs.
+    // Fixed names of transitions, for callers from outside. Nothing tells them apart but what their
+    // names say they lead to or come from: the table of outputs (soundoutputs.cpp) knows what
+    // differs.
     bool setSingularSoundOutput(KEP_AUDIO_SNDOUT_T output);
     bool setSpeakerSpdifSoundOutput();
     bool setHPSoundOutput();
@@ -164,7 +165,8 @@ public:
     /// Opens or closes one single output; false for one that the driver does not know.
     bool connectOutput(KEP_AUDIO_SNDOUT_T output);
     bool disconnectOutput(KEP_AUDIO_SNDOUT_T output);
-    // Fixed names: each runs the steps that the table has for the output it is named after.
+    // Fixed names, for callers from outside: each runs the steps that the table has for the output
+    // it is named after.
     bool connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output);
     bool disconnectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output);
     bool connectHPOutput(KEP_AUDIO_SNDOUT_T output);
@@ -205,12 +207,11 @@ public:
     unsigned int setSpeakerOutputMute(const bool& mute);
     /// Mutes the external speaker, through the line of the headphone amplifier.
     bool executeMuteExtSpeaker(const bool& mute);
-    /// Whether the payload's "reset" is true.
-    bool checkForResetValue(JValue value) const;
 
-    // --- keptvaudio.headphone.cpp: headphone and power state. Three reasons may hold the headphone
-    // muted; it is unmuted when none is left. After power-on and resume a timer holds every unmute
-    // back.
+    // --- keptvaudio.headphone.cpp: headphone and power state. Three reasons may hold the
+    // headphone's amplifier muted; it is unmuted when none is left. After power-on and resume a
+    // timer holds unmutes back: they succeed, and the timer makes up for them; by power state alone
+    // they fail.
 
     unsigned int getHeadphoneStatus(bool* connected) override;
     bool setMuteHeadphone(bool mute);
@@ -316,12 +317,14 @@ protected:
     bool beginsStartup();
     void retryInitialGains();
 
-    // --- Pipelines: keptvaudio.pipelines.cpp (reports), keptvaudiosettings.pipelines.cpp (updates,
-    // what is heard), keptvaudioquality.pipelines.cpp (the store, what is seen),
-    // keptvaudioutil.pipelines.cpp (questions)
+    // --- Pipelines: keptvaudio.pipelines.cpp (the way in), keptvaudiosettings.pipelines.cpp
+    // (updates, audio reports), keptvaudioquality.pipelines.cpp (the store, removal, video
+    // reports), keptvaudioutil.pipelines.cpp (questions)
 public:
     unsigned int setQualityAttribute(JValue attribute) override;
     unsigned int removePipelineInfo(std::string pipelineId) override;
+    /// Whether the payload's "reset" is true.
+    bool checkForResetValue(JValue value) const;
     /// Takes in what a pipeline carries, by "requestType". Result code.
     unsigned int setAudioVideoCategoryInfo(JValue payload);
     void updatePolicyConnectionCategoryInfo(JValue payload);
@@ -354,12 +357,13 @@ protected:
     void refreshPipelineIdHash(std::size_t position) const;
     std::optional<std::size_t> findAudioPipeline(const JValue& pipelineInfo) const;
     static bool isRecording(const std::string& purpose);
-    // `changed`: whether the map differs from what the middleware's parameters have been set to.
-    void adoptPipeline(const AudioVideoInfo& pipeline, bool changed);
+    // `handsOver`: whether the map becomes the middleware's parameters; not where another purpose
+    // of the same report sees to it.
+    void adoptPipeline(const AudioVideoInfo& pipeline, bool handsOver);
     void applyPurpose(const kepLogOrigin& origin, const std::string& purpose,
-                      const AudioVideoInfo& pipeline, bool changed);
+                      const AudioVideoInfo& pipeline, bool handsOver);
     void useAsCurrentPipeline(const kepLogOrigin& origin, const AudioVideoInfo& pipeline,
-                              bool changed);
+                              bool handsOver);
 
     // --- keptvaudiosettings.cpp: settings categories. False when the payload lacks something, or a
     // step failed, which has then been logged where it was seen.
@@ -469,8 +473,9 @@ protected:
     // Headphone: the reasons to mute, any thread
     std::atomic<bool> mPowerStateHeadphoneMute{false}; // asked for by the power state
     std::atomic<bool> mHeadphoneDetectionMute{false};  // asked for by headphone detection
-    std::atomic<bool> mHeadphoneMuteStatus{false};     // asked for by the caller
-    bool mIsPrepareResume = false;                     // the next unmute is the first after resume
+    std::atomic<bool> mHeadphoneMuteStatus{
+        false};                    // by the caller, a change of output, the cold start
+    bool mIsPrepareResume = false; // the next unmute is the first after resume
     KEP_AUDIO_SNDOUT_T mPopNoiseSoundOutput = KEP_AUDIO_NO_OUTPUT; // unmuted when the timer fires
 
     // Digital outputs and settings

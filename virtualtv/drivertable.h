@@ -22,7 +22,7 @@ inline constexpr DriverRow kDriverElements[] = {
     {"Mute Output",                     2}, // output type, mute
     {"Mute Input",                      3}, // index, port, mute
     {"Sndout MainAudio Output",         2}, // index, port
-    {"Sndout Optic QN",                 4}, // key, volume, mute, 1
+    {"Sndout Optic QN",                 4}, // key, volume, mute, power
     {"Sndout Optic LightOnOff",         1}, // light
     {"Sndout ARC OnOff",                1}, // ARC
     {"Sndout EARC OnOff",               1}, // eARC

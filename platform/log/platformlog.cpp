@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The log over GLib structured logging: the journal when standard error is connected to it, lines
 // there when not. GLib's own default writer would drop info and debug; here the context's level
-// decides alone.
+// decides alone. Of a line this makes what stands before the text; "file:operation(line) " is part
+// of the text, and made in src/common/keplog.cpp.
 #include "platformlog.h"
 
 #include <algorithm>

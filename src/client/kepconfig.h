@@ -7,7 +7,7 @@
 #include "jvalue.h"
 #include "keplog.h"
 
-/// The section of the library's SoC type in kep-config.json.
+/// The section of the library's SoC type, KEP_SOC_KEY of the build, in kep-config.json.
 class kepConfig
 {
 public:

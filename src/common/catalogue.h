@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // How the catalogue's lists are made of the tables that the library walks: at compile time, a row
 // of the list from each row of the table. Each operation of kepCatalogue is defined beside its
-// table.
+// table, or in src/tv/catalogue.cpp.
 #pragma once
 
 #include <array>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The end of everything thrown: what each way in from outside does in its `catch (...)`.
+// The end of everything thrown: what each entry point does in its `catch (...)`.
 #pragma once
 
 #include <utility>
@@ -28,7 +28,7 @@ Result kepCaught(const kepLogOrigin& origin, Result failed)
     return failed;
 }
 
-/// Runs `body` as a way in from outside; `failed` when it throws, with the line above. For
+/// Runs `body` as an entry point; `failed` when it throws, with the line above. For
 /// callbacks and steps that only call: what logs by itself is a function of its own, with a `catch
 /// (...)`.
 template <typename Result, typename Body>

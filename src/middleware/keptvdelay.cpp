@@ -47,7 +47,7 @@ constexpr auto kQualityKeys = [] {
     auto* next = keys.data();
     for (const UserSwitch& row : kUserSwitches)
         *next++ = {row.key, KEP_VALUE_STRING,
-                   false,   listOf(key::kOnly),
+                   false,   listOf(key::kOn),
                    false,   "switch of the user's delays; any other text switches it off"};
     for (const UserDelay& row : kUserDelays)
         *next++ = {row.key, KEP_VALUE_NUMBER, false, {}, false, "delay that the user chose"};

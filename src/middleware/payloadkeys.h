@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The keys of payloads: who reads one names it from here, and the catalogue shows the same.
+// The keys of payloads: who reads one names it from here, and the catalogue shows the same. What
+// only the sound engine or the delay reads is in tables of their sources.
 #pragma once
 
 #include "catalogue.h"
@@ -9,12 +10,13 @@ namespace key
 
 // --- Texts and numbers that values stand for
 
-inline constexpr const char* kOnly[] = {"on"};
+inline constexpr const char* kOn[] = {"on"};
 inline constexpr const char* kOnOff[] = {"on", "off"};
 inline constexpr const char* kTrue[] = {"true"};
 inline constexpr const char* kJapan[] = {"JP"};
 inline constexpr const char* kDigitalModes[] = {"pcm", "auto", "passThrough"};
-// Outputs whose digital mode can be set by name. Not all of them can be selected.
+// Names that a choice of digital mode accepts: it is the current output that gets it. Not all of
+// them can be selected.
 inline constexpr const char* kDigitalModeOutputs[] = {
     "external_arc", "external_optical", "SPDIF", "tv_external_speaker", "tv_speaker_optical_arc",
 };
@@ -35,7 +37,7 @@ struct ArcActivation {
 inline constexpr ArcActivation kArcActivations[] = {{"ARC", 1, 0}, {"eARC", 0, 1}, {"None", 0, 0}};
 
 inline constexpr kepRequestType kAudioReport{
-    "setAudioInputInfo", "what an audio pipeline carries; all middleware is told"};
+    "setAudioInputInfo", "what an audio pipeline carries; delay, gain and sound engine are told"};
 inline constexpr kepRequestType kVideoReport{"setVideoInputInfo",
                                              "what a video pipeline carries; the delay is told"};
 inline constexpr kepRequestType kConnectionReport{
@@ -72,7 +74,7 @@ inline constexpr kepKey kEarcCapability         {"earcCapability",           KEP
 inline constexpr kepKey kEarcAtmos              {"earcATMOS",                KEP_VALUE_BOOL,    false,  {},                          false,  "whether Atmos is encoded for eARC"};
 inline constexpr kepKey kStatus                 {"status",                   KEP_VALUE_STRING,  true,   listOf(kOnOff),              true,   "switch"};
 inline constexpr kepKey kSoundSettingValues     {"soundSettingValues",       KEP_VALUE_ARRAY,   true,   {},                          false,  "numbers for the sound engine"};
-inline constexpr kepKey kAtmosState             {"atmosState",               KEP_VALUE_STRING,  true,   listOf(kOnly),               false,  "Dolby Atmos; any other text switches it off"};
+inline constexpr kepKey kAtmosState             {"atmosState",               KEP_VALUE_STRING,  true,   listOf(kOn),               false,  "Dolby Atmos; any other text switches it off"};
 inline constexpr kepKey kForcedDolbyAtmos       {"forcedDolbyAtmos",         KEP_VALUE_BOOL,    true,   {},                          false,  "whether Dolby Atmos is forced"};
 inline constexpr kepKey kAmpChipType            {"tv.model.ampChipType",     KEP_VALUE_STRING,  true,   {},                          false,  "chip of the amplifier"};
 inline constexpr kepKey kAmpType                {"ampType",                  KEP_VALUE_STRING,  true,   {},                          false,  "which amplifier"};
@@ -96,11 +98,11 @@ inline constexpr kepKey kMute                   {"mute",                     KEP
 // --- Sound quality
 inline constexpr kepKey kSoundOutputDigital     {"soundOutputDigital",       KEP_VALUE_STRING,  false,  listOf(kDigitalModes),       false,  "digital mode; applied at once when it is the only key"};
 inline constexpr kepKey kBroadcastSystem        {"tv.zib.tvBroadcastSystem", KEP_VALUE_STRING,  false,  listOf(kBroadcastSystems),   false,  "broadcast system; its category code is written at the start-up"};
-inline constexpr kepKey kEqualizerStatus        {"equalizerStatus",          KEP_VALUE_STRING,  false,  listOf(kOnly),               false,  "equalizer; any other text switches it off"};
-inline constexpr kepKey kSoundEngineStatus      {"soundEngineStatus",        KEP_VALUE_STRING,  false,  listOf(kOnly),               false,  "sound engine; any other text switches it off"};
+inline constexpr kepKey kEqualizerStatus        {"equalizerStatus",          KEP_VALUE_STRING,  false,  listOf(kOn),               false,  "equalizer; any other text switches it off"};
+inline constexpr kepKey kSoundEngineStatus      {"soundEngineStatus",        KEP_VALUE_STRING,  false,  listOf(kOn),               false,  "sound engine; any other text switches it off"};
 inline constexpr kepKey kAudioBalance           {"audioBalance",             KEP_VALUE_NUMBER,  false,  {},                          false,  "balance"};
 inline constexpr kepKey kTvSetupConfiguration   {"tvSetupConfiguration",     KEP_VALUE_ANY,     false,  {},                          false,  "changes the amplifier's equalizer"};
-inline constexpr kepKey kAudioDescription       {"audioDescription",         KEP_VALUE_STRING,  false,  listOf(kOnly),               false,  "applies the stored \"audioDescriptionVolume\""};
+inline constexpr kepKey kAudioDescription       {"audioDescription",         KEP_VALUE_STRING,  false,  listOf(kOn),               false,  "applies the stored \"audioDescriptionVolume\""};
 inline constexpr kepKey kAudioDescriptionVolume {"audioDescriptionVolume",   KEP_VALUE_NUMBER,  false,  {},                          false,  "volume of the audio description"};
 inline constexpr kepKey kAutoVolume             {"autoVolume",               KEP_VALUE_ANY,     false,  {},                          false,  "writes the input gain anew"};
 
@@ -114,7 +116,7 @@ inline constexpr kepKey kStreamType             {"streamType",               KEP
 inline constexpr kepKey kPipelineInfo           {"pipelineInfo",             KEP_VALUE_OBJECT,  true,   {},                          false,  "the pipeline"};
 inline constexpr kepKey kCategoryInfo           {"categoryInfo",             KEP_VALUE_OBJECT,  false,  {},                          false,  "what it carries; needed unless \"requestType\" is empty"};
 inline constexpr kepKey kRequestType            {"requestType",              KEP_VALUE_STRING,  true,   listOf(kRequestTypeTexts),   true,   "what is reported; not read on a reset"};
-inline constexpr kepKey kActiveState            {"activeState",              KEP_VALUE_BOOL,    false,  {},                          false,  "whether reports reach the middleware, from now on"};
+inline constexpr kepKey kActiveState            {"activeState",              KEP_VALUE_BOOL,    false,  {},                          false,  "whether pipelines become the middleware's current parameters, from now on"};
 inline constexpr kepKey kPipelineId             {"pipelineId",               KEP_VALUE_STRING,  true,   {},                          false,  "which pipeline"};
 inline constexpr kepKey kReset                  {"reset",                    KEP_VALUE_BOOL,    false,  {},                          false,  "true strips what is known of it down to its id"};
 inline constexpr kepKey kPipelinePurpose        {"pipelinePurpose",          KEP_VALUE_ARRAY,   false,  listOf(kRecording),          false,  "a recording's parameters go to the encoder"};

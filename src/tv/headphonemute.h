@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Whether the headphone may be muted or unmuted: the three reasons to stay muted and the timer in,
-// the decision out. Knows no television, no GLib and no log.
+// the decision out. Knows no television, no GLib and no log; the timer itself, and how long it
+// runs, are in keptvaudio.headphone.cpp.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +16,7 @@ enum class TimerAnswer : std::uint8_t {
 /// All that decides, as it stands at one moment.
 struct HeadphoneMute {
     // The reasons to stay muted
-    bool byCaller = false;
+    bool byCaller = false; // or by a change of output, or by the cold start
     bool byDetection = false;
     bool byPowerState = false;
     // The timer

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Headphone and power state: a television must not pop or hiss when it starts, resumes or changes
-// output. An unmute has to pass two gates (headphonemute.h): the timer after power-on or resume,
-// and the three reasons to stay muted.
+// output. Two gates stand before executeMuteHeadphone (headphonemute.h): the timer after power-on
+// or resume, and the three reasons to stay muted. Not behind them are the driver's unmute when the
+// output is opened, and executeMuteExtSpeaker, which uses the same line of the board.
 #include <cstring>
 
 #include <glib.h>
@@ -173,6 +174,7 @@ bool kepTVAudio::setPowerStateMute(JValue payload)
     case PowerStateMute::Speaker:
         return setPowerStateTvSpeakerMute(output, mute);
     case PowerStateMute::Optical:
+        // sic: by this name alone, not by its other one; callers rely on it
         return setMuteControlElement(getSoundOutputKey() == "external_arc" ? KEP_AUDIO_ARC : output,
                                      mute);
     case PowerStateMute::Headphone:
@@ -211,7 +213,8 @@ bool kepTVAudio::setPowerStateHeadphoneMute(KEP_AUDIO_SNDOUT_T output, bool mute
     if (isUnmuteHeldBack(KEP_HERE, mute)) {
         if (withSpeaker)
             setMuteControlElement(KEP_AUDIO_SPK, mute); // the speaker need not wait
-        return false;
+        return false; // sic: held back is a failure here, and a success elsewhere; callers rely on
+                      // it
     }
     executeMuteExtSpeaker(mute);
     bool done = executeMuteHeadphone(mute);

@@ -215,8 +215,8 @@ bool kepTVAudio::unguardHeadphone()
     return true;
 }
 
-// Fixed names: each runs the steps that the table has for the output it is named after. ARC is
-// opened and closed as itself, whatever the name is given.
+// Fixed names, for callers from outside: each runs the steps that the table has for the output it
+// is named after. ARC is opened and closed as itself, whatever the name is given.
 // clang-format off
 bool kepTVAudio::connectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)           { return runSteps(switchOf(KEP_AUDIO_SPK).open, output); }
 bool kepTVAudio::disconnectTvSpeakerOutput(KEP_AUDIO_SNDOUT_T output)        { return runSteps(switchOf(KEP_AUDIO_SPK).close, output); }

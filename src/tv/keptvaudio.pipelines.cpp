@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pipelines, reports: a quality attribute names a pipeline and says what it carries.
+// Pipelines, reports: a quality attribute names a pipeline and says what it carries. Here is the
+// way in, and the choice by request type. The pipeline is then taken in by
+// keptvaudiosettings.pipelines.cpp, which has audio reports as well; store, removal and video
+// reports are in keptvaudioquality.pipelines.cpp.
 #include "keptvaudio.h"
 #include "kepcaught.h"
 #include "keplog.h"
@@ -39,6 +42,12 @@ try {
     return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
 
+bool kepTVAudio::checkForResetValue(JValue value) const
+{
+    KEP_DEBUG("checking for reset value");
+    return value[key::kReset.name].asBool();
+}
+
 unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
 {
     if (!payload.hasKey(key::kRequestType.name)) {
@@ -47,6 +56,7 @@ unsigned int kepTVAudio::setAudioVideoCategoryInfo(JValue payload)
     }
     const std::string type = payload[key::kRequestType.name].asString();
     KEP_INFO("setAudioVideoCategoryInfo::RequestType = %s ", type.c_str()); // sic
+    // Only now: the pipeline was taken in under the state before.
     if (payload.hasKey(key::kActiveState.name))
         setActiveState(payload[key::kActiveState.name].asBool());
     if (type == key::kAudioReport.name)

@@ -174,9 +174,3 @@ bool kepTVAudio::executeMuteExtSpeaker(const bool& mute)
     }
     return true;
 }
-
-bool kepTVAudio::checkForResetValue(JValue value) const
-{
-    KEP_DEBUG("checking for reset value");
-    return value[key::kReset.name].asBool();
-}

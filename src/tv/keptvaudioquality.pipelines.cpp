@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pipelines, the store: one map of attributes for each media pipeline, and the copy of the one that
-// plays now, which the middleware is given; and what a pipeline lets see.
+// Pipelines, the store: one map of attributes for each media pipeline, and the copy of the last
+// one reported while active, which the middleware is given; and video reports.
 #include <algorithm>
 #include <functional>
 #include <string_view>
@@ -91,28 +91,28 @@ bool kepTVAudio::isRecording(const std::string& purpose)
 }
 
 void kepTVAudio::useAsCurrentPipeline(const kepLogOrigin& origin, const AudioVideoInfo& pipeline,
-                                      bool changed)
+                                      bool handsOver)
 {
     if (!getActiveState()) {
         KEP_INFO_AS(origin, "not update in map because activestate is false");
         return;
     }
-    adoptPipeline(pipeline, changed);
+    adoptPipeline(pipeline, handsOver);
 }
 
-void kepTVAudio::adoptPipeline(const AudioVideoInfo& pipeline, bool changed)
+void kepTVAudio::adoptPipeline(const AudioVideoInfo& pipeline, bool handsOver)
 {
-    if (changed)
+    if (handsOver)
         mPtrParserInstance->replace(mPtrParserInstance->mAvParamsMap, pipeline);
     updateCodecImmersiveFormat(pipeline);
 }
 
 void kepTVAudio::applyPurpose(const kepLogOrigin& origin, const std::string& purpose,
-                              const AudioVideoInfo& pipeline, bool changed)
+                              const AudioVideoInfo& pipeline, bool handsOver)
 {
     if (!isRecording(purpose))
-        useAsCurrentPipeline(origin, pipeline, changed);
-    else if (changed)
+        useAsCurrentPipeline(origin, pipeline, handsOver);
+    else if (handsOver)
         mPtrParserInstance->replace(mPtrParserInstance->mAencAvParamsMap, pipeline);
 }
 
@@ -125,9 +125,10 @@ void kepTVAudio::storePipelineInfoParameters(JValue pipelineInfo)
     if (purposes.isValid() && !purposes.isArray())
         KEP_ERROR("INVALID_PARAMETER", "pipelinePurpose is not an Array Element");
     if (!purposes.isArray())
-        useAsCurrentPipeline(KEP_HERE, pipeline, /*changed=*/true);
+        useAsCurrentPipeline(KEP_HERE, pipeline, /*handsOver=*/true);
 
-    // Each purpose hands the map over as it stands then; of each kind only the last one is seen.
+    // Each purpose hands the map over as it stands then; of each kind (recording or
+    // not) only the last one is seen.
     std::vector<std::string> names;
     std::size_t last[2] = {};
     for (const JValue& element : purposes.elements()) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Queries of settings.
+// Queries: gain, a register and the state of the amplifier, and the settings as they were stored.
 #include <algorithm>
 
 #include "kepcaught.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pipelines, updates: new or known, and what a pipeline lets hear.
+// Pipelines, updates: new or known, and audio reports.
 #include <utility>
 
 #include "keplog.h"
@@ -118,7 +118,7 @@ bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInf
 
     const JValue purposes = pipelineInfo[key::kPipelinePurpose.name];
     if (!purposes.isValid()) {
-        useAsCurrentPipeline(KEP_HERE, pipeline, /*changed=*/true);
+        useAsCurrentPipeline(KEP_HERE, pipeline, /*handsOver=*/true);
     } else if (purposes.isArray()) {
         bool given[2] = {}; // the map is the same for all purposes: each kind gets it once
         for (const JValue& element : purposes.elements()) {
@@ -128,7 +128,7 @@ bool kepTVAudio::updateAudioCategoryInfo(JValue pipelineInfo, JValue categoryInf
         }
     } else if (getActiveState()) {
         KEP_ERROR("INVALID_PARAMETER", "pipelinePurpose is not an Array Element");
-        adoptPipeline(pipeline, /*changed=*/true);
+        adoptPipeline(pipeline, /*handsOver=*/true);
     } else {
         KEP_INFO("not update in map because activestate is false");
     }

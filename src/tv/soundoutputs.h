@@ -26,7 +26,7 @@ enum class OutputStep : std::uint8_t {
     LightOff,
     SoundSync,        // the sound bar's volume and mute as they are stored
     GuardHeadphone,   // mutes the headphone's amplifier, if this is the first output since power-on
-    UnguardHeadphone, // unmutes it, unless a timer will
+    UnguardHeadphone, // unmutes it, unless this is the first output: that waits for a timer
     MuteHeadphone,
     UnmuteHeadphone,
 };
@@ -57,7 +57,7 @@ enum class Mechanism : std::uint8_t {
 enum class PowerStateMute : std::uint8_t {
     None,      // nothing: it fails
     Speaker,   // the speaker with its amplifier, then the other members
-    Optical,   // the output, but ARC while that is the stored setting
+    Optical,   // the output, but ARC while "external_arc" was asked for last
     Headphone, // the headphone with its amplifier, then the speaker if it is a member
     Output,    // the output
 };

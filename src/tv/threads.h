@@ -2,8 +2,8 @@
 // Who may touch what, and when: the rule for the library's threads, and the guards that it needs.
 //
 // clang-format off
-// There are two threads. The caller's thread makes the requests, one at a time; the timers run on it, too. The
-// start-up worker runs once beside it (startupworker.h).
+// There are two threads, and timers. The caller's thread makes the requests, one at a time; the timers run on it, too. The
+// start-up worker runs beside it, once in general: when the configuration has come whole (startupworker.h).
 //
 //   what                                caller's thread                         start-up worker
 //   parameter maps (kepTvParser)        reads without a lock, changes behind    copies behind `parameterMapsGuard`

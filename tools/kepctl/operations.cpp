@@ -176,7 +176,7 @@ constexpr Operation kOperations[] = {
     row<&kepClient::setInputVolume>("setInputVolume",           Answer::Code,  {kSource, kSink, kVolume},            "sets the volume of an input"),
     row<&kepClient::setOutputMute>("setOutputMute",             Answer::Code,  {kOutput, kMute},                     "mutes or unmutes an output"),
     row<&kepClient::setMuteExtSPK>("setMuteExtSPK",             Answer::Code,  {kMute},                              "mutes or unmutes the external speaker"),
-    row<&kepClient::setQualityAttribute>("setQualityAttribute", Answer::Code,  {kAttribute},                         "sets or resets quality parameters of a pipeline"),
+    row<&kepClient::setQualityAttribute>("setQualityAttribute", Answer::Code,  {kAttribute},                         "reports or resets a pipeline"),
     row<&kepClient::setSettings>("setSettings",                 Answer::Code,  {kCategory, kPayload},                "applies the settings of a category"),
     row<&kepClient::getSettings>("getSettings",                 Answer::Value, {kCategory, kRequest},                "asks for settings of a category"),
 };
