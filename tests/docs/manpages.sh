@@ -7,7 +7,7 @@ set -eu
 kepctl=$1 folder=$2 source=$3
 
 # --- Those that kepctl knows, each command's among them, and three more
-ls "$folder"/man* | grep '\.[0-9]$' | sort >"$work/there"
+find "$folder" -name '*.[0-9]' -exec basename {} ';' | sort >"$work/there"
 {
     "$kepctl" help man-pages
     printf '%s\n' kep-conformance.1
@@ -40,6 +40,8 @@ for command in run shell env card list help; do
         grep -qF -e "$option" "$work/text" || fail "kepctl-$command.1 lacks $option"
     done <"$work/options"
 done
+shown kep-conformance.1
+expect text '^KEP-CONFORMANCE(1).*--audible.*--register.*requests.*Exit status: 0 all passed.*kepctl(1)'
 shown kepctl-script.5
 for word in wait inject amplifierState delayMs 'until cleared'; do
     grep -qF -e "$word" "$work/text" || fail "kepctl-script.5 lacks $word"

@@ -17,20 +17,20 @@ lines=$(wc -l <"$3/examples/$name.cpp")
 
 start() {
     mkfifo "$work/input"
-    "$folder/$name" "$@" <"$work/input" >"$work/out" 2>"$work/errors" &
+    "$folder/$name" <"$work/input" >"$work/out" 2>"$work/errors" &
     program=$!
     exec 3>"$work/input"
 }
 type_in() {
-    printf "$1" >&3
+    printf '%b' "$1" >&3
 }
 
-# await FILE PATTERN [COUNT]: until so many lines of the file match (1); ten seconds at most.
+# await FILE PATTERN [COUNT]: until so many lines of the file match (1); thirty seconds at most.
 await() {
     tries=0
     until [ "$(grep -c -e "$2" "$work/$1")" -ge "${3:-1}" ]; do
         tries=$((tries + 1))
-        if [ $tries = 200 ] || ! kill -0 "$program" 2>/dev/null; then
+        if [ $tries = 600 ] || ! kill -0 "$program" 2>/dev/null; then
             kill "$program" 2>/dev/null || true
             cat "$work/$1"
             fail "not ${3:-1} lines like this in $1: $2"

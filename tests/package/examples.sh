@@ -8,7 +8,6 @@ trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
 "$1" --install "$2" --prefix "$prefix" >"$work/log"
 
-export PKG_CONFIG_PATH="$(dirname "$(find "$prefix" -name kep.pc)")"
 "$1" -S "$prefix/share/doc/kep/examples" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
     -DCMAKE_CXX_FLAGS='-Wall -Wextra -Wpedantic -Werror' >"$work/log" 2>&1 &&
     "$1" --build "$work/build" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
