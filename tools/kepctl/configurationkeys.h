@@ -25,6 +25,6 @@ inline constexpr ConfigurationKey kConfigurationKeys[] = {
     {kCapabilityFile, "audioMasterDefault", "muteControlName",   "a string",                      R"("'Master Playback Switch'")",
      "its master switch; a name with blanks stands in single quotes"},
     {kCapabilityFile, "audioMasterDefault", "volumeControlName", "a string",                      R"("'Master Playback Volume'")",
-     "its master volume, likewise"},
+     "its master volume, likewise. Unless all three are there, those of the example hold"},
 };
 // clang-format on

@@ -399,7 +399,7 @@ std::string configurationPage(const char* file)
             (members.empty() ? "" : ",\n") + std::string{"    \""} + row.key + "\": " + row.example;
     }
     return section("DESCRIPTION") +
-           prose(std::string{"One JSON object, read anew at every start from "} +
+           prose(std::string{"One JSON object, read at the start from "} +
                  kepCatalogue::build().configurationFolder +
                  ", or from the folder that KEP_CONFIG_DIR names. The library reads the keys of "
                  "its member \"" +
