@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+// Calls that a test can make wrong: found in the test's program before they are found in their
+// library.
+#pragma once
+
+extern bool gForgetWrites;    // the card takes a write, and keeps what it had
+extern bool gNoLevelFilledIn; // the input line is read without a level
+extern bool gDropLog;         // no line arrives
+extern bool gDropPairs;       // lines arrive without their keys
+extern bool gLeaveNoLineOut;  // lines that are not admitted arrive, too
+extern bool gThrow;           // an operation throws
