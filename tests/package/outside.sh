@@ -3,8 +3,10 @@
 # outside.sh CMAKE BUILD: two programs that know nothing but what is installed, in a folder with a blank in its
 # name: a service, built with g++ by what pkg-config says, and its test, built with clang++ and find_package.
 # Both run on the installed virtual television.
+# outside.sh CMAKE --installed PREFIX: the same with what is installed, or was unpacked, there.
 set -eu
 cmake=$1 build=$2
+[ "$build" != --installed ] || prefix=$3
 cd "$(dirname "$0")/outside"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -12,18 +14,30 @@ fail() {
     echo "$1" >&2
     exit 1
 }
-prefix="$work/a television"
-"$cmake" --install "$build" --prefix "$prefix" >"$work/log"
-kep_pc=$(find "$prefix" -name kep.pc)
+if [ "$build" != --installed ]; then
+    prefix="$work/a television"
+    "$cmake" --install "$build" --prefix "$prefix" >"$work/log"
+fi
+kep_pc=$(find "$prefix"/lib* -name kep.pc)
 lib=$(dirname "$(dirname "$kep_pc")")
+[ "$prefix" = /usr ] || export LD_LIBRARY_PATH="$lib"
 export KEP_VIRTUALTV_STATE="$work/cards.state"
 
 # --- What kep.pc says
+if [ "$build" = --installed ] && [ "$prefix" != /usr ]; then # unpacked elsewhere than where packages belong
+    sed "s|^prefix=.*|prefix=$prefix|" "$kep_pc" >"$work/kep.pc"
+    kep_pc=$work/kep.pc
+fi
 export PKG_CONFIG_PATH="${kep_pc%/*}"
 [ "$(pkg-config --variable=prefix kep)" = "$prefix" ] || fail "kep.pc: the prefix is not $prefix"
 [ "$(pkg-config --variable=libdir kep)" = "$lib" ] || fail "kep.pc: libdir is not $lib"
 for name in $(pkg-config --libs-only-l kep); do
-    [ -e "$lib/lib${name#-l}.so" ] || fail "kep.pc names $name, which is not installed"
+    case $name in
+    -lkep*)
+        [ -e "$lib/lib${name#-l}.so" ] || [ -e "$lib/lib${name#-l}.a" ] ||
+            fail "kep.pc names $name, which is not installed"
+        ;;
+    esac
 done
 
 # --- A service
@@ -32,7 +46,7 @@ eval "$(command -v g++ || echo c++) -std=c++17 -Wall -Wextra -Wpedantic -Werror 
 (
     exports=$("$prefix/bin/kepctl" env)
     eval "$exports"
-    KEP_CONFIG_DIR=$prefix/share/doc/kep/examples/TV LD_LIBRARY_PATH=$lib timeout 60 "$work/service" >"$work/out" 2>"$work/log"
+    KEP_CONFIG_DIR=$prefix/share/doc/kep/examples/TV timeout 60 "$work/service" >"$work/out" 2>"$work/log"
 ) || fail "the service ended with $?"
 grep -qx 'the service is content' "$work/out" || fail "the service said: $(cat "$work/out")"
 
@@ -47,6 +61,7 @@ timeout 60 "$work/build of a test/servicetest" "$prefix/share/doc/kep/examples/A
     fail "the service's test ended with $?"
 grep -q '^the test saw [1-9]' "$work/out" || fail "the service's test said: $(cat "$work/out")"
 
+[ "$build" != --installed ] || exit 0
 # --- Without the virtual television there is still the library
 rm "$lib"/libkepvirtualtv.so
 ! "$cmake" -S . -B "$work/without" -DCMAKE_PREFIX_PATH="$prefix" >"$work/log" 2>&1 ||

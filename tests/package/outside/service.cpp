@@ -5,9 +5,7 @@
 
 #include <jdomparser.h>
 #include <kepclient.h>
-#if __has_include(<keptvaudio.h>)
 #include <keptvaudio.h>
-#endif
 
 int main()
 {
@@ -24,11 +22,9 @@ int main()
     if (!done)
         return 2;
 
-#if __has_include(<keptvaudio.h>)
     const auto* backend = dynamic_cast<const kepTVAudio*>(audio->getAudioObj());
     if (backend == nullptr || backend->getCurrentSoundout() != KEP_AUDIO_SPK)
         return 3;
-#endif
     std::puts("the service is content");
     return audio->deinitialize() == KEP_STATUS_OK ? 0 : 4;
 }

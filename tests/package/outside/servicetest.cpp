@@ -8,12 +8,10 @@
 #include <environment.h>
 #include <faults.h>
 #include <journal.h>
+#include <kepalsaaudio.h>
 #include <kepclient.h>
 #include <kepfactory.h>
-#if __has_include(<keptvaudio.h>)
-#include <kepalsaaudio.h>
 #include <keptvaudio.h>
-#endif
 
 namespace
 {
@@ -52,10 +50,8 @@ int main(int argc, char** argv)
     virtualtv::inject({virtualtv::FaultPoint::CardWrite, "Sndout Open", "", -5, 1});
     if (television->setSoundOutput("external_arc") != KEP_RESULT_FAILED)
         return 4;
-#if __has_include(<keptvaudio.h>)
     if (television != kepTVAudio::getInstance() || kepAlsaAudio::createObject() == nullptr)
         return 5;
-#endif
     std::printf("the test saw %d driver writes\n", writes);
     return 0;
 }
