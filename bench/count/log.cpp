@@ -24,6 +24,11 @@ void writeByHand(int number)
             "INFO", 12, 34, 56, 789, "log", "write", 42, number, "tv_speaker", "INFO_LOG");
 }
 
+inline void refuse()
+{
+    KEP_INFO("volume %d on output %s", 20, "tv_speaker");
+}
+
 } // namespace
 
 void addLogCases(std::vector<Case>& cases)
@@ -31,8 +36,20 @@ void addLogCases(std::vector<Case>& cases)
     cases.push_back({"log.line", [] { setLevel(kLogInfo); },
                      [] { KEP_INFO("volume %d on output %s", 20, "tv_speaker"); }, 100});
     cases.push_back({"log.line.byHand", {}, [] { writeByHand(20); }, 100});
-    cases.push_back({"log.refused", [] { setLevel(kLogError); },
-                     [] { KEP_INFO("volume %d on output %s", 20, "tv_speaker"); }, 100});
+    cases.push_back({"log.refused.10", [] { setLevel(kLogError); },
+                     [] {
+                         refuse();
+                         refuse();
+                         refuse();
+                         refuse();
+                         refuse();
+                         refuse();
+                         refuse();
+                         refuse();
+                         refuse();
+                         refuse();
+                     },
+                     100});
     cases.push_back({"log.refused.call", [] { setLevel(kLogError); },
                      [] {
                          LogMsgKV(kepLogContext, kLogInfo, "INFO_LOG", nullptr, 0,

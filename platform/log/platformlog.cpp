@@ -155,25 +155,83 @@ bool isPlain(const char* text)
                        [](char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\t'; });
 }
 
-/// A line as GLib formats it, without what that costs: three copies, and outside of UTF-8 locales a
-/// converter opened and closed.
-void writePlainLine(const LogMessage& message, const LevelRow& row)
+/// What stands before a message's text, and the rest of its line if there is room for it.
+class Line
+{
+public:
+    [[nodiscard]] bool hasRoomFor(std::size_t length) const noexcept
+    {
+        return length <= mBuffer.size() - mLength;
+    }
+    /// Cut where the room ends.
+    void append(std::string_view part) noexcept
+    {
+        mLength += part.copy(mBuffer.data() + mLength, mBuffer.size() - mLength);
+    }
+    void append(unsigned long number, int digits = 1) noexcept
+    {
+        std::array<char, 20> text; // NOLINT(*-member-init): only what is written is read
+        char* at = text.data() + text.size();
+        for (; number != 0 || digits > 0; number /= 10, --digits)
+            *--at = static_cast<char>('0' + number % 10);
+        append({at, static_cast<std::size_t>(text.data() + text.size() - at)});
+    }
+    [[nodiscard]] std::string_view view() const noexcept { return {mBuffer.data(), mLength}; }
+
+private:
+    std::array<char, 2048>
+        mBuffer; // NOLINT(*-member-init): filling it would cost as much as a line
+    std::size_t mLength = 0;
+};
+
+void appendTime(Line& line)
 {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     tm local{};
     localtime_r(&now.tv_sec, &local);
-    std::array<char, 256> process{};
+    const auto append = [&line](long number, int digits, std::string_view after) {
+        line.append(static_cast<unsigned long>(number), digits);
+        line.append(after);
+    };
+    append(local.tm_hour, 2, ":");
+    append(local.tm_min, 2, ":");
+    append(local.tm_sec, 2, ".");
+    append(now.tv_nsec / 1000000, 3, ": ");
+}
+
+/// A line as GLib formats it, without what that costs: three copies, and outside of UTF-8 locales a
+/// converter opened and closed. By hand, since printf takes most of what is left.
+void writePlainLine(const LogMessage& message, const LevelRow& row)
+{
+    Line line;
+    line.append(row.before);
     if (row.namesProcess) {
         const char* program = g_get_prgname();
-        snprintf(process.data(), process.size(),
-                 "(%s:%lu): ", program != nullptr ? program : "process",
-                 static_cast<unsigned long>(getpid()));
+        line.append("(");
+        line.append(program != nullptr ? program : "process");
+        line.append(":");
+        line.append(static_cast<unsigned long>(getpid()));
+        line.append("): ");
     }
-    fprintf(stderr, "%s%s%s-%s: %02d:%02d:%02d.%03d: %s%s%s\n", row.before, process.data(),
-            message.context, row.name, local.tm_hour, local.tm_min, local.tm_sec,
-            static_cast<int>(now.tv_nsec / 1000000), message.text, *message.id != '\0' ? "  " : "",
-            message.id);
+    line.append(message.context);
+    line.append("-");
+    line.append(row.name);
+    line.append(": ");
+    appendTime(line);
+    const std::string_view text = message.text;
+    const std::string_view id = message.id;
+    const std::string_view gap = id.empty() ? "" : "  ";
+    if (!line.hasRoomFor(text.size() + gap.size() + id.size() + 1)) {
+        fprintf(stderr, "%.*s%s%s%s\n", static_cast<int>(line.view().size()), line.view().data(),
+                message.text, gap.data(), message.id);
+        return;
+    }
+    line.append(text);
+    line.append(gap);
+    line.append(id);
+    line.append("\n");
+    fwrite(line.view().data(), 1, line.view().size(), stderr);
 }
 
 void writeToSystem(const LogMessage& message)
