@@ -63,9 +63,16 @@ public:
     static JValue invalid() noexcept;
 
     JValue(const JValue& other) noexcept;
-    JValue(JValue&& other) noexcept;
+    JValue(JValue&& other) noexcept
+        : mNode(std::exchange(other.mNode, nullptr)), mLevel(other.mLevel), mKind(other.mKind)
+    {
+    }
     JValue& operator=(JValue other) noexcept;
-    ~JValue();
+    ~JValue()
+    {
+        if (mNode != nullptr)
+            drop();
+    }
 
     // --- Type. Exactly one of the is... answers is true for a valid value, none for an invalid
     // one.
@@ -104,9 +111,10 @@ public:
     [[nodiscard]] std::size_t size() const noexcept;
     /// False, too, for a value that is no object.
     [[nodiscard]] bool hasKey(const std::string& key) const noexcept;
+    [[nodiscard]] bool hasKey(const char* key) const noexcept { return (*this)[key].isValid(); }
     /// Invalid when there is no such member, or this is no object.
     JValue operator[](const std::string& key) const noexcept;
-    JValue operator[](const char* key) const { return (*this)[std::string{key}]; }
+    JValue operator[](const char* key) const noexcept;
     /// Invalid when there is no such element, or this is no array.
     template <typename Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
     JValue operator[](Integer index) const noexcept
@@ -131,12 +139,12 @@ public:
     template <std::size_t Size, typename Scalar, std::enable_if_t<kIsScalar<Scalar>, int> = 0>
     bool put(const char (&key)[Size], const Scalar& value)
     {
-        return put(std::string{key}, JValue{value});
+        return putOwn(static_cast<const char*>(key), JValue{value});
     }
     template <typename Scalar, std::enable_if_t<kIsScalar<Scalar>, int> = 0>
     bool append(const Scalar& value)
     {
-        return append(JValue{value});
+        return appendOwn(JValue{value});
     }
     /// False when there was nothing to remove.
     bool remove(const std::string& key);
@@ -168,6 +176,11 @@ private:
     [[nodiscard]] bool fitsInside(const JValue& value) const noexcept;
     /// A copy that the caller owns; null for null.
     [[nodiscard]] json_object* copyOfNode() const;
+    /// Of a scalar that nobody else holds: its node, from now on the caller's.
+    [[nodiscard]] json_object* takeNode();
+    bool putOwn(const char* key, JValue scalar);
+    bool appendOwn(JValue scalar);
+    void drop() noexcept;
 
     json_object* mNode = nullptr; // of kind Node: one reference is ours; json-c's null is null
     int mLevel = 1; // containers from the document's root down to this value, if it is one

@@ -54,6 +54,30 @@ int depthOf(json_object* node) noexcept
     return 0;
 }
 
+/// The JSON text of an integer, or of a string without anything to escape. json-c would make a
+/// buffer for it, which stays in the node.
+bool isPlainScalar(json_object* node, std::string& text)
+{
+    if (isOfType(node, json_type_int)) {
+        const std::int64_t number = json_object_get_int64(node);
+        if (number == std::numeric_limits<std::int64_t>::max()) // it may be larger
+            return false;
+        text = std::to_string(number);
+        return true;
+    }
+    if (!isOfType(node, json_type_string))
+        return false;
+    const std::string_view content{json_object_get_string(node),
+                                   static_cast<std::size_t>(json_object_get_string_len(node))};
+    if (std::any_of(content.begin(), content.end(), [](char c) {
+            return static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\';
+        }))
+        return false;
+    text.reserve(content.size() + 2);
+    text.append(1, '"').append(content).append(1, '"');
+    return true;
+}
+
 /// The nearest integer toward zero that fits. A NaN cannot occur: neither the parser nor JValue
 /// admits it.
 template <typename Integer>
@@ -117,11 +141,6 @@ JValue::JValue(const JValue& other) noexcept
 {
 }
 
-JValue::JValue(JValue&& other) noexcept
-    : mNode(std::exchange(other.mNode, nullptr)), mLevel(other.mLevel), mKind(other.mKind)
-{
-}
-
 JValue& JValue::operator=(JValue other) noexcept
 {
     std::swap(mNode, other.mNode);
@@ -130,7 +149,7 @@ JValue& JValue::operator=(JValue other) noexcept
     return *this;
 }
 
-JValue::~JValue()
+void JValue::drop() noexcept
 {
     json_object_put(mNode);
 }
@@ -142,7 +161,8 @@ bool JValue::isBool() const noexcept
 
 bool JValue::isNumber() const noexcept
 {
-    return isOfType(mNode, json_type_int) || isOfType(mNode, json_type_double);
+    const json_type type = json_object_get_type(mNode);
+    return type == json_type_int || type == json_type_double;
 }
 
 bool JValue::isString() const noexcept
@@ -233,8 +253,13 @@ bool JValue::hasKey(const std::string& key) const noexcept
 
 JValue JValue::operator[](const std::string& key) const noexcept
 {
+    return holdsNul(key) ? invalid() : (*this)[key.c_str()];
+}
+
+JValue JValue::operator[](const char* key) const noexcept
+{
     json_object* member = nullptr;
-    if (!isObject() || holdsNul(key) || json_object_object_get_ex(mNode, key.c_str(), &member) == 0)
+    if (!isObject() || json_object_object_get_ex(mNode, key, &member) == 0)
         return invalid();
     return {json_object_get(member), mLevel + 1};
 }
@@ -297,6 +322,35 @@ bool JValue::put(const std::string& key, const JValue& value)
     return true;
 }
 
+json_object* JValue::takeNode()
+{
+    return isBool() ? copyOfNode() : std::exchange(mNode, nullptr);
+}
+
+bool JValue::putOwn(const char* key, JValue scalar)
+{
+    if (!isObject())
+        return false;
+    json_object* node = scalar.takeNode();
+    if (json_object_object_add(mNode, key, node) != 0) {
+        json_object_put(node);
+        throw std::bad_alloc{};
+    }
+    return true;
+}
+
+bool JValue::appendOwn(JValue scalar)
+{
+    if (!isArray())
+        return false;
+    json_object* node = scalar.takeNode();
+    if (json_object_array_add(mNode, node) != 0) {
+        json_object_put(node);
+        throw std::bad_alloc{};
+    }
+    return true;
+}
+
 bool JValue::append(const JValue& value)
 {
     if (!isArray() || !fitsInside(value))
@@ -326,6 +380,9 @@ std::string JValue::stringify() const
 {
     if (mKind == Kind::False || mKind == Kind::True)
         return mKind == Kind::True ? "true" : "false";
+    std::string plain;
+    if (isPlainScalar(mNode, plain))
+        return plain;
     std::size_t length = 0;
     const char* text = json_object_to_json_string_length(mNode, kTextFlags, &length);
     return text != nullptr ? std::string{text, length} : throw std::bad_alloc{};
