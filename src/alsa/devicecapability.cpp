@@ -40,6 +40,8 @@ void DeviceCapability::parseAudioDefaults(JValue value)
     card = value["card"].asString();
     muteControlName = value["muteControlName"].asString();
     volumeControlName = value["volumeControlName"].asString();
+    muteControl = identifierOf(muteControlName);
+    volumeControl = identifierOf(volumeControlName);
     KEP_DEBUG("Found card %s muteControlName %s and volumeControlName %s", card.c_str(),
               muteControlName.c_str(), volumeControlName.c_str());
 }

@@ -20,4 +20,10 @@ struct DeviceCapability {
     std::string muteControlName =
         "'Master Playback Switch'"; // the quotes are ALSA's identifier syntax
     std::string volumeControlName = "'Master Playback Volume'";
+    // As identifiers, made once: they go into every write.
+    std::string muteControl = identifierOf(muteControlName);
+    std::string volumeControl = identifierOf(volumeControlName);
+
+private:
+    static std::string identifierOf(const std::string& name) { return "name=" + name; }
 };

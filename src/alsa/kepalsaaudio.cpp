@@ -3,10 +3,10 @@
 // The card is opened for each write and closed after it, so a failed write leaves nothing behind.
 #include "kepalsaaudio.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <string_view>
 
 #include <alsa/asoundlib.h>
 
@@ -21,7 +21,6 @@ namespace
 
 constexpr const char* kBackendName = "ALSA";
 constexpr const char* kCapabilityFileName = "device-cap.json";
-constexpr const char* kStreamVolumeControl = "name=Softmaster";
 
 struct ControlCloser {
     void operator()(snd_ctl_t* handle) const noexcept { snd_ctl_close(handle); }
@@ -50,13 +49,14 @@ using ControlPtr = std::unique_ptr<snd_ctl_t, ControlCloser>;
 constexpr std::size_t kMaxCardBytes = 255;
 
 /// Opens the card of that name. A longer name than any card has is told like an unknown one.
-int openCard(snd_ctl_t** handle, const std::string& card)
+int openCard(snd_ctl_t** handle, std::string_view card)
 {
     if (card.size() > kMaxCardBytes)
         return -ENOENT;
     // libasound reads past the end of a name that ends in a backslash: it finds another end there.
-    std::array<char, kMaxCardBytes + 2> name{};
-    std::copy(card.begin(), card.end(), name.begin());
+    std::array<char, kMaxCardBytes + 2> name; // NOLINT(*-member-init): only two ends are needed
+    name[card.copy(name.data(), kMaxCardBytes)] = '\0';
+    name[card.size() + 1] = '\0';
     return snd_ctl_open(handle, name.data(), 0);
 }
 
@@ -66,17 +66,66 @@ bool namesElement(const snd_ctl_elem_id_t* id)
     return *snd_ctl_elem_id_get_name(id) != '\0' || snd_ctl_elem_id_get_numid(id) != 0;
 }
 
-/// The digit that names the resource's software volume; "" for resources without one of their own.
-const char* streamSuffix(KEP_AUDIO_RESOURCE_T resource)
+/// The software volume of the resource; one for all those that have none of their own.
+std::string_view streamControl(KEP_AUDIO_RESOURCE_T resource)
 {
     switch (resource) {
     case KEP_AUDIO_RESOURCE_AMIXER0:
-        return "0";
+        return "name=Softmaster0";
     case KEP_AUDIO_RESOURCE_AMIXER1:
-        return "1";
+        return "name=Softmaster1";
     default:
-        return "";
+        return "name=Softmaster";
     }
+}
+
+/// What kepAlsaAudio::setControl does, under its name: its lines name the function. The texts end
+/// in NUL, as those of strings and literals do.
+bool setControl(std::string_view card, std::string_view control, std::string_view value)
+{
+    if (card.empty() || control.empty() || value.empty()) {
+        KEP_DEBUG("Wrong input parameter\n");
+        return false;
+    }
+    snd_ctl_elem_id_t* id = nullptr;
+    snd_ctl_elem_id_alloca(&id);
+    if (snd_ctl_ascii_elem_id_parse(id, control.data()) != 0) {
+        KEP_DEBUG("Wrong control identifier: %s\n", control.data());
+        return false;
+    }
+    KEP_DEBUG("snd_ctl_open on card %s, control %s value=%s\n", card.data(), control.data(),
+              value.data());
+
+    // The texts below say "Control", sic, and name the card.
+    snd_ctl_t* opened = nullptr;
+    int error = openCard(&opened, card);
+    const ControlPtr handle{opened};
+    if (error < 0) {
+        KEP_DEBUG("Control %s open error: %s\n", card.data(), snd_strerror(error));
+        return false;
+    }
+    snd_ctl_elem_info_t* info = nullptr;
+    snd_ctl_elem_info_alloca(&info);
+    snd_ctl_elem_info_set_id(info, id);
+    error = namesElement(id) ? snd_ctl_elem_info(handle.get(), info) : -ENOENT;
+    if (error < 0) {
+        KEP_DEBUG("Cannot find the given element from control %s, error %s\n", card.data(),
+                  snd_strerror(error));
+        return false;
+    }
+    snd_ctl_elem_value_t* written = nullptr;
+    snd_ctl_elem_value_alloca(&written);
+    error = snd_ctl_ascii_value_parse(handle.get(), written, info, value.data());
+    if (error < 0) {
+        KEP_DEBUG("Control %s parse error: %s\n", card.data(), snd_strerror(error));
+        return false;
+    }
+    error = snd_ctl_elem_write(handle.get(), written);
+    if (error < 0) {
+        KEP_DEBUG("Control %s element write error: %s\n", card.data(), snd_strerror(error));
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -178,9 +227,9 @@ unsigned int kepAlsaAudio::setInputVolume(std::string, std::string, std::uint8_t
 unsigned int kepAlsaAudio::setOutputMute(std::string, bool mute)
 try {
     KEP_DEBUG("In %s, setting mute to %d", __func__, mute);
-    const std::string control = "name=" + mCapability->muteControlName;
+    const std::string& control = mCapability->muteControl;
     const char* value = mute ? "off" : "on"; // a playback switch: off silences
-    if (!setControl(mCapability->card, control, value)) {
+    if (!::setControl(mCapability->card, control, value)) {
         KEP_ERROR("SET_VOLUME_ERROR", "Failed to set mute %s for card:%s, control:%s", value,
                   mCapability->card.c_str(), control.c_str());
         return KEP_RESULT_FAILED;
@@ -224,65 +273,23 @@ KEP_AUDIO_RESOURCE_T kepAlsaAudio::getResourceId(const std::string& source, cons
 bool kepAlsaAudio::setControl(const std::string& card, const std::string& control,
                               const std::string& value)
 {
-    if (card.empty() || control.empty() || value.empty()) {
-        KEP_DEBUG("Wrong input parameter\n");
-        return false;
-    }
-    snd_ctl_elem_id_t* id = nullptr;
-    snd_ctl_elem_id_alloca(&id);
-    if (snd_ctl_ascii_elem_id_parse(id, control.c_str()) != 0) {
-        KEP_DEBUG("Wrong control identifier: %s\n", control.c_str());
-        return false;
-    }
-    KEP_DEBUG("snd_ctl_open on card %s, control %s value=%s\n", card.c_str(), control.c_str(),
-              value.c_str());
-
-    // The texts below say "Control", sic, and name the card.
-    snd_ctl_t* opened = nullptr;
-    int error = openCard(&opened, card);
-    const ControlPtr handle{opened};
-    if (error < 0) {
-        KEP_DEBUG("Control %s open error: %s\n", card.c_str(), snd_strerror(error));
-        return false;
-    }
-    snd_ctl_elem_info_t* info = nullptr;
-    snd_ctl_elem_info_alloca(&info);
-    snd_ctl_elem_info_set_id(info, id);
-    error = namesElement(id) ? snd_ctl_elem_info(handle.get(), info) : -ENOENT;
-    if (error < 0) {
-        KEP_DEBUG("Cannot find the given element from control %s, error %s\n", card.c_str(),
-                  snd_strerror(error));
-        return false;
-    }
-    snd_ctl_elem_value_t* written = nullptr;
-    snd_ctl_elem_value_alloca(&written);
-    error = snd_ctl_ascii_value_parse(handle.get(), written, info, value.c_str());
-    if (error < 0) {
-        KEP_DEBUG("Control %s parse error: %s\n", card.c_str(), snd_strerror(error));
-        return false;
-    }
-    error = snd_ctl_elem_write(handle.get(), written);
-    if (error < 0) {
-        KEP_DEBUG("Control %s element write error: %s\n", card.c_str(), snd_strerror(error));
-        return false;
-    }
-    return true;
+    return ::setControl(card, control, value);
 }
 
 bool kepAlsaAudio::setVolume(std::uint8_t volume)
 {
     const std::string value = std::to_string(volume) + "%";
     KEP_DEBUG("In %s, setting volume to %s", __func__, value.c_str());
-    return setControl(mCapability->card, "name=" + mCapability->volumeControlName, value);
+    return ::setControl(mCapability->card, mCapability->volumeControl, value);
 }
 
 unsigned int kepAlsaAudio::resetMixerVolume(KEP_AUDIO_RESOURCE_T resource, bool mute)
 {
     KEP_DEBUG("reset volume  resource=%u mute=%d", resource, mute); // sic
-    const std::string control = std::string{kStreamVolumeControl} + streamSuffix(resource);
+    const std::string_view control = streamControl(resource);
     const char* value = mute ? "0%" : "100%";
-    if (!setControl(mCapability->card, control, value)) {
-        KEP_ERROR("SET_VOLUME_ERROR", "Failed to set control %s to %s for card:%s", control.c_str(),
+    if (!::setControl(mCapability->card, control, value)) {
+        KEP_ERROR("SET_VOLUME_ERROR", "Failed to set control %s to %s for card:%s", control.data(),
                   value, mCapability->card.c_str());
         return KEP_RESULT_FAILED;
     }

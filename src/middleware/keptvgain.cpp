@@ -3,6 +3,7 @@
 #include "keptvgain.h"
 
 #include <cstdint>
+#include <string_view>
 
 #include "kepmiddleware.h"
 #include "mwlgain.h"
@@ -18,7 +19,7 @@ constexpr kepKey kQualityKeys[] = {key::kAudioDescription, key::kAudioDescriptio
                                    key::kAutoVolume};
 
 struct ResourceNumber {
-    const char* resource;
+    std::string_view resource;
     int number;
 };
 // Behind the sinks "MAIN" and "SUB".

@@ -27,11 +27,14 @@ inline std::int32_t portOf(KEP_AUDIO_RESOURCE_T resource)
     return kepTVAudio::audioResourceIdToPort(resource);
 }
 
+/// What kepTVAudio::setControlElement does, for a name that needs no string of its own.
+bool setControlElement(const char* name, const std::int32_t* values, int count);
+
 /// Writes an element with exactly its number of integers.
 template <std::size_t Count>
 bool writeElement(const ControlElement<Count>& element, const std::int32_t (&values)[Count])
 {
-    return kepTVAudio::setControlElement(element.name, values, static_cast<int>(Count));
+    return setControlElement(element.name, values, static_cast<int>(Count));
 }
 
 /// Logs that an element could not be written; `suffix` says where, after a blank.

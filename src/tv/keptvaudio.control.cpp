@@ -43,7 +43,7 @@ using HandlePtr = std::unique_ptr<snd_hctl_t, HandleCloser>;
 
 } // namespace
 
-bool kepTVAudio::setControlElement(const std::string& name, const std::int32_t* values, int count)
+bool setControlElement(const char* name, const std::int32_t* values, int count)
 {
     snd_ctl_elem_value_t* value = nullptr;
     snd_ctl_elem_value_alloca(&value);
@@ -68,7 +68,7 @@ bool kepTVAudio::setControlElement(const std::string& name, const std::int32_t* 
         return false;
     }
     snd_ctl_elem_id_set_interface(id, SND_CTL_ELEM_IFACE_MIXER);
-    snd_ctl_elem_id_set_name(id, name.c_str());
+    snd_ctl_elem_id_set_name(id, name);
     snd_hctl_elem_t* element = snd_hctl_find_elem(handle.get(), id);
     if (element == nullptr) {
         KEP_ERROR("CONTROL_ELEMENT_NOT_FOUND", "Did not find the element");
@@ -91,6 +91,11 @@ bool kepTVAudio::setControlElement(const std::string& name, const std::int32_t* 
         return false;
     }
     return true;
+}
+
+bool kepTVAudio::setControlElement(const std::string& name, const std::int32_t* values, int count)
+{
+    return ::setControlElement(name.c_str(), values, count);
 }
 
 void kepTVAudio::closeControlHandle(snd_hctl_t* handle)

@@ -14,10 +14,10 @@ namespace
 
 struct ResourceRow {
     KEP_AUDIO_RESOURCE_T resource = KEP_AUDIO_RESOURCE_INVALID;
-    const char* source = nullptr;
-    kepNames sinks;         // any of them
-    unsigned int index = 0; // block of the driver
-    int port = 0;           // within the block
+    std::string_view source; // of a literal
+    kepNames sinks;          // any of them
+    unsigned int index = 0;  // block of the driver
+    int port = 0;            // within the block
 };
 
 // The driver's blocks.
@@ -48,7 +48,7 @@ constexpr ResourceRow kResources[] = {
 // clang-format on
 
 constexpr auto kShownSources = projected(kResources, [](const ResourceRow& row) {
-    return kepInputSource{row.source, row.sinks, row.resource, row.index, row.port};
+    return kepInputSource{row.source.data(), row.sinks, row.resource, row.index, row.port};
 });
 
 bool isBehind(const std::string& sink, kepNames sinks)
