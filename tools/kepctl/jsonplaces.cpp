@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <cstring>
-#include <regex>
 
 #include <glib.h>
 
@@ -185,8 +184,8 @@ private:
                        ? "a value is missing here"
                        : "no value can start like this",
                    mAt);
-        static const std::regex number{R"(-?(0|[1-9][0-9]*)(\.[0-9]+)?([eE][-+]?[0-9]+)?)"};
-        if (text != "true" && text != "false" && text != "null" && !std::regex_match(text, number))
+        const bool literal = text == "true" || text == "false" || text == "null";
+        if (!literal && !JDomParser{JSchema::acceptAll()}.parse(text).isValid())
             rejectWord(text);
         mAt += text.size();
     }

@@ -2,12 +2,15 @@
 // Standard output, with a look at whether it arrives.
 #include "output.h"
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
 #include <fcntl.h>
+#include <stdio_ext.h>
 #include <unistd.h>
 
 #include "commands.h"
@@ -43,6 +46,42 @@ bool fill(int descriptor)
     _exit(kUnusable); // at once: whatever goes on would be heard by nobody
 }
 
+// --- Lines that wait. They are in stdio's buffer, which is ours, so that a signal finds them.
+
+char gBuffer[std::size_t{64} * 1024];
+std::atomic<int> gHolders{0};
+
+/// stdio may be in the middle of something; what it has put into the buffer so far is there.
+void writeWaitingLines(int signal)
+{
+    const char* from = gBuffer;
+    for (std::size_t left = __fpending(stdout); left > 0;) {
+        const ssize_t written = write(STDOUT_FILENO, from, left);
+        if (written <= 0)
+            break;
+        from += written;
+        left -= static_cast<std::size_t>(written);
+    }
+    raise(signal); // SA_RESETHAND: now it does what it always did
+}
+
+/// Whether lines may wait. A signal that somebody handles is left to them.
+bool letOutputWait()
+{
+    if (isatty(STDOUT_FILENO) != 0 || setvbuf(stdout, gBuffer, _IOFBF, sizeof gBuffer) != 0)
+        return false;
+    for (const int signal :
+         {SIGABRT, SIGBUS, SIGFPE, SIGHUP, SIGILL, SIGINT, SIGQUIT, SIGSEGV, SIGTERM, SIGXCPU}) {
+        struct sigaction action = {};
+        if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
+            continue;
+        action.sa_handler = &writeWaitingLines;
+        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
+        sigaction(signal, &action, nullptr);
+    }
+    return true;
+}
+
 } // namespace
 
 void prepare()
@@ -63,7 +102,21 @@ bool inputIsClosed()
 void print(std::string_view text)
 {
     // What has happened is told at once, even if the process is killed.
-    if (fwrite(text.data(), 1, text.size(), stdout) != text.size() || fflush(stdout) != 0)
+    if (fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
+        (gHolders == 0 && fflush(stdout) != 0))
+        giveUp(errno);
+}
+
+Held::Held()
+{
+    static const bool waits = letOutputWait();
+    if (waits)
+        ++gHolders;
+}
+
+Held::~Held()
+{
+    if (gHolders != 0 && --gHolders == 0 && fflush(stdout) != 0)
         giveUp(errno);
 }
 

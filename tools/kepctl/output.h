@@ -17,4 +17,16 @@ bool inputIsClosed();
 /// Writes whole lines, at once. From any thread. Does not return when that fails.
 void print(std::string_view text);
 
+/// As long as one lives, what is printed may wait, so that many lines become one write. It is
+/// written when the last one ends, when there is much of it, and when the program ends, be it by a
+/// signal (but SIGKILL). On a terminal nothing waits.
+class Held
+{
+public:
+    Held();
+    ~Held();
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+};
+
 } // namespace output

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iostream>
+#include <optional>
 
 #include "badline.h"
 #include "output.h"
@@ -45,6 +46,9 @@ void Player::playLine(const std::string& line, const std::string& origin)
         return;
     }
     const ScriptLine parsed = parseScriptLine(line, origin);
+    std::optional<output::Held> held;
+    if (mHolds && parsed.operation != nullptr)
+        held.emplace();
     JValue request = JValue::object();
     request.put("event", "request");
     for (const auto& [key, value] : parsed.request.members())

@@ -12,7 +12,10 @@
 class Player
 {
 public:
-    Player(Trace& trace, const Options& options) : mTrace(trace), mHints(options) {}
+    Player(Trace& trace, const Options& options)
+        : mTrace(trace), mHints(options), mHolds(options.format == "jsonl")
+    {
+    }
 
     /// Plays a script that has been checked.
     void play(const Script& script);
@@ -30,5 +33,6 @@ public:
 private:
     Trace& mTrace;
     Hints mHints;
+    const bool mHolds; // the events of a call until it ends; text shares a terminal with hints
     bool mAnyFailure = false;
 };
