@@ -60,12 +60,13 @@ def of_its_own(place):
     return os.environ | {"TMPDIR": str(folder), "KEP_VIRTUALTV_STATE": str(folder / "cards.state")}
 
 
-def callgrind(out, options, command):
+def callgrind(out, options, command, environment=None, stdin=None):
     """Runs a command under callgrind; what it printed to standard output."""
     done = subprocess.run(
         ["valgrind", "--tool=callgrind", f"--callgrind-out-file={out}"] + options + list(map(str, command)),
         stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False,
-        env=of_its_own(out))
+        stdin=stdin,
+        env=of_its_own(out) | (environment or {}))
     if done.returncode != 0:
         sys.exit(f"count: {command}: {done.stdout[-300:]}{done.stderr[-1000:]}")
     return done.stdout
@@ -78,12 +79,19 @@ def total(path):
 def count_group(build, folder, number, names):
     out = folder / f"group{number}"
     callgrind(out, [], [build / "bench/kep_count"] + names)
+    costs = costs_in(folder, out.name)
+    if "--journal" in names:
+        costs = {name.replace("@info", "@journal"): cost for name, cost in costs.items()}
+    return costs
+
+
+def costs_in(folder, start):
+    """What the dumps say whose names start like this."""
     costs = {}
-    for dump in folder.glob(f"group{number}.[0-9]*"):
+    for dump in folder.glob(f"{start}.[0-9]*"):
         title = re.search(r"Client Request: (\S+) (\d+)$", dump.read_text(), re.M)
         if title:
-            name = title[1].replace("@info", "@journal") if "--journal" in names else title[1]
-            costs[name] = total(dump) / int(title[2])
+            costs[title[1]] = total(dump) / int(title[2])
     return costs
 
 

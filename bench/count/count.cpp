@@ -4,6 +4,7 @@
 // stay. Without arguments: all but the cold ones; else those whose names start like one of the
 // arguments.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <string>
@@ -62,26 +63,32 @@ extern "C" [[gnu::visibility("default")]] ssize_t sendmsg(int, const msghdr* mes
 namespace
 {
 
+/// KEP_COUNT_TIMES=1 is for cases that take long.
+int timesOf(const count::Case& each)
+{
+    const char* times = std::getenv("KEP_COUNT_TIMES");
+    return times != nullptr ? std::atoi(times) : each.times;
+}
+
 void measure(const count::Case& each)
 {
+    const int times = timesOf(each);
     if (each.prepare)
         each.prepare();
     if (!each.cold)
         each.run(); // what happens once has happened
-    const std::string title = each.name + " " + std::to_string(each.times);
+    const std::string title = each.name + " " + std::to_string(times);
     const std::size_t bytesBefore = mallinfo2().uordblks;
     beginCountingAllocations();
     CALLGRIND_ZERO_STATS;
-    for (int i = 0; i < each.times; ++i)
+    for (int i = 0; i < times; ++i)
         each.run();
     CALLGRIND_DUMP_STATS_AT(title.c_str());
     const Allocations made = endCountingAllocations();
     const std::size_t bytesAfter = mallinfo2().uordblks;
-    printf("%s\t%.1f\t%.1f\t%.1f\t%.1f\n", each.name.c_str(),
-           static_cast<double>(made.own) / each.times,
-           static_cast<double>(made.libasound) / each.times,
-           static_cast<double>(made.card) / each.times,
-           (static_cast<double>(bytesAfter) - static_cast<double>(bytesBefore)) / each.times);
+    printf("%s\t%.1f\t%.1f\t%.1f\t%.1f\n", each.name.c_str(), static_cast<double>(made.own) / times,
+           static_cast<double>(made.libasound) / times, static_cast<double>(made.card) / times,
+           (static_cast<double>(bytesAfter) - static_cast<double>(bytesBefore)) / times);
     fflush(stdout);
     LogSetSink({});
     LogSetLevel(LogGetContext("kep"), kLogError);

@@ -2,6 +2,8 @@
 // One write of each backend, without the request around it.
 #include <cstdint>
 
+#include <alsa/asoundlib.h>
+
 #include "byhand.h"
 #include "cases.h"
 #include "client.h"
@@ -9,6 +11,22 @@
 
 namespace count
 {
+namespace
+{
+
+snd_hctl_elem_t* gElement = nullptr;
+snd_ctl_elem_value_t* gValue = nullptr;
+
+/// What the contract does not allow: a handle that stays open.
+void openOnce()
+{
+    snd_hctl_t* handle = nullptr;
+    require(snd_hctl_open(&handle, "hw:0", 0) >= 0 && snd_hctl_load(handle) >= 0, "open");
+    gElement = snd_hctl_first_elem(handle);
+    require(snd_ctl_elem_value_malloc(&gValue) >= 0, "memory");
+}
+
+} // namespace
 
 void addDriverCases(std::vector<Case>& cases)
 {
@@ -21,6 +39,11 @@ void addDriverCases(std::vector<Case>& cases)
     const std::vector<long> values{1, 0, 0};
     cases.push_back({"write.tv.byHand", [] { startClient("TV"); },
                      [values] { writeElement("Sndout Connect", values); }});
+
+    cases.push_back({"write.tv.open", &openOnce, [] {
+                         snd_ctl_elem_value_set_integer(gValue, 0, 1);
+                         require(snd_hctl_elem_write(gElement, gValue) >= 0, "a write");
+                     }});
 
     cases.push_back({"write.mixer", [] { startClient("ALSA"); },
                      [] {
