@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
+#include <string_view>
 #include <utility>
 
 #include "alsamessages.h"
@@ -19,6 +21,15 @@ std::filesystem::path dataDirectory()
 {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "share" /
            "kep";
+}
+
+/// A port has libraries of its own, which tell the journal nothing.
+void tellOfPort(const Options& options)
+{
+    constexpr std::string_view kPort = KEP_PORT; // "" on the virtual television
+    if (!kPort.empty() && options.format == "text" && !options.quiet)
+        std::cerr << "kepctl: middleware, GPIO and sub-microcontroller are those of " << kPort
+                  << ": their calls are not shown, and no injection reaches them\n";
 }
 
 } // namespace
@@ -56,6 +67,7 @@ std::string enterTelevision(const Options& options)
         virtualtv::enter();
     handleAlsaMessages(options.format == "text" && !options.quiet);
     admitLogLevel(std::stoi(options.logLevel));
+    tellOfPort(options);
     return "";
 }
 

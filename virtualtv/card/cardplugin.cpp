@@ -391,6 +391,7 @@ constexpr struct {
     Card Cards::*card;
 } kCards[] = {
     {"number", "0", &Cards::television},
+    {"number", KEP_CARD_NUMBER, &Cards::television},
     {"name", "default", &Cards::mixer},
 };
 
