@@ -42,8 +42,7 @@ extern "C" {
 KEP_PLATFORM_EXPORT LogContext* LogGetContext(const char* name) noexcept;
 
 /// The level that the context admits; kLogError for a null context.
-/// It is asked before every line, admitted or not, so it is called without a detour.
-[[gnu::noplt]] KEP_PLATFORM_EXPORT int LogGetLevel(const LogContext* context) noexcept;
+KEP_PLATFORM_EXPORT int LogGetLevel(const LogContext* context) noexcept;
 KEP_PLATFORM_EXPORT void LogSetLevel(LogContext* context, int level) noexcept;
 
 /// Writes a message if the context admits its level; without a context only errors are written.
