@@ -155,8 +155,9 @@ bool isPlain(const char* text)
                        [](char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\t'; });
 }
 
-/// What stands before a message's text, and the rest of its line if there is room for it.
-class Line
+/// What stands before a message's text, and the rest of its line if there is room for it. The
+/// buffer is not filled first: that would cost as much as a line.
+class Line // NOLINT(*-member-init)
 {
 public:
     [[nodiscard]] bool hasRoomFor(std::size_t length) const noexcept
@@ -179,8 +180,7 @@ public:
     [[nodiscard]] std::string_view view() const noexcept { return {mBuffer.data(), mLength}; }
 
 private:
-    std::array<char, 2048>
-        mBuffer; // NOLINT(*-member-init): filling it would cost as much as a line
+    std::array<char, 2048> mBuffer;
     std::size_t mLength = 0;
 };
 
