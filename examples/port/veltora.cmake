@@ -32,4 +32,4 @@ target_link_libraries(kepdevice PUBLIC kepplatform PRIVATE veltoraaudio)
 set_target_properties(kepdevice PROPERTIES CXX_VISIBILITY_PRESET default SOVERSION ${KEP_SOVERSION})
 
 # Only the adapter knows the maker's library, so it is installed beside it.
-install(TARGETS veltoraaudio LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS veltoraaudio LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
