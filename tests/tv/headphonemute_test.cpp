@@ -2,7 +2,17 @@
 // The decision about the headphone's mute: three reasons, and a timer.
 #include "headphonemute.h"
 
+#include <ostream>
+
 #include <gtest/gtest.h>
+
+// In the same namespace as the type, where the test library looks for it.
+static void PrintTo(TimerAnswer answer, std::ostream* out)
+{
+    *out << (answer == TimerAnswer::Passes     ? "passes"
+             : answer == TimerAnswer::HeldBack ? "held back: the timer is running"
+                                               : "held back: the timer never ran out");
+}
 
 namespace
 {
