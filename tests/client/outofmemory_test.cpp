@@ -23,7 +23,7 @@
 #include "kepclient.h"
 #include "televisiontest.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KEP_SANITIZED
 constexpr bool kOwnsMalloc = false; // the sanitizer has its own
 #else
 constexpr bool kOwnsMalloc = true;
@@ -60,7 +60,7 @@ thread_local bool gHasFailed = false;
 
 } // namespace
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef KEP_SANITIZED
 // In front of the C library's, for every library of the process; operator new allocates by malloc.
 extern "C" {
 void* __libc_malloc(std::size_t size);

@@ -56,16 +56,16 @@ void endThreadInside(End end, bool catches)
     ASSERT_EQ(pthread_create(
                   &thread, nullptr,
                   [](void* argument) -> void* {
-                      auto& [endIt, asSlot] = *static_cast<Work*>(argument);
-                      if (asSlot) {
+                      const Work& work = *static_cast<Work*>(argument);
+                      if (work.catches) {
                           try {
-                              endIt();
+                              work.end();
                           } catch (...) {
                               static_cast<void>(kepCaught(KEP_HERE, kFailed));
                           }
                       } else {
-                          static_cast<void>(kepGuarded(KEP_HERE, "the step", false, [&endIt] {
-                              endIt();
+                          static_cast<void>(kepGuarded(KEP_HERE, "the step", false, [&work] {
+                              work.end();
                               return true;
                           }));
                       }

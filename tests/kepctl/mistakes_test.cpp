@@ -177,12 +177,13 @@ TEST_F(Kepctl, CheckOnlyChecks)
 
 TEST_F(Kepctl, ObjectsMayBeAsDeepAsTheLibraryTakesThem)
 {
-    const auto nested = [](int depth) {
+    constexpr std::size_t kDeepest = JDomParser::kMaxDepth - 2; // inside of what is around it
+    const auto nested = [](std::size_t depth) {
         return R"({"call": "setSettings", "args": ["x", )" + std::string(depth, '[') +
                std::string(depth, ']') + "]}";
     };
-    EXPECT_NO_THROW(parseScriptLine(nested(JDomParser::kMaxDepth - 2)));
-    EXPECT_THROW(parseScriptLine(nested(JDomParser::kMaxDepth - 1)), BadLine);
+    EXPECT_NO_THROW(parseScriptLine(nested(kDeepest)));
+    EXPECT_THROW(parseScriptLine(nested(kDeepest + 1)), BadLine);
     EXPECT_THROW(parseScriptLine(std::string(100000, '[')), BadLine);
 }
 

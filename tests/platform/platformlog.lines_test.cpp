@@ -13,7 +13,7 @@
 #include "platformlogtest.h"
 
 // The sanitizers have a malloc of their own.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef KEP_SANITIZED
 #define KEP_OWN_MALLOC
 
 namespace

@@ -459,7 +459,7 @@ TEST_F(KepTVAudioControl, ACountTooSmallLeavesZerosBehind)
 
 TEST_F(KepTVAudioControl, ACountTooLargeIsPassedOnAndTheElementTakesItsOwn)
 {
-    for (const std::size_t count : {3, 8, 127, 128}) {
+    for (const std::size_t count : {3U, 8U, 127U, 128U}) {
         EXPECT_TRUE(writeByName("Mute Output", counted(count))) << count;
         EXPECT_THAT(controlEvents(), ElementsAre(ControlEvent{"hw:0", "Mute Output", {1, 2}}))
             << count;

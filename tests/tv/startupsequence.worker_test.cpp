@@ -200,7 +200,8 @@ void storm(int lives)
         settings("modelConfig", "{}");
         const std::string output = kOutputs[life % 4];
         for (int i = 0; i < 50; ++i) {
-            const Request& request = kRequests[(life * 7 + i) % std::size(kRequests)];
+            const Request& request =
+                kRequests[static_cast<std::size_t>(life * 7 + i) % std::size(kRequests)];
             settings(request.category, request.payload);
             switch (i % 10) {
             case 0:

@@ -292,7 +292,7 @@ TEST_F(Threads, TheProcessMayEndInsideEachCallOfTheWorker)
 
 TEST_F(Threads, TheProcessMayEndInASignalHandlerInsideEachCallOfTheWorker)
 {
-#ifdef __SANITIZE_THREAD__
+#ifdef KEP_THREADS_SANITIZED
     GTEST_SKIP() << "the sanitizer delivers signals later, wherever that may be";
 #endif
     for (const char* call : kWorkersCalls)
