@@ -68,9 +68,10 @@ if(KEP_PLATFORM_LINKS)
 endif()
 
 # --- What the compiler and the linker said, as a line for each mistake
-string(REGEX MATCHALL "fatal error: [^\n:]+: No such file" headers "${said}")
+# As g++ puts it, and clang++.
+string(REGEX MATCHALL "fatal error: ([^\n:]+: No such file|'[^\n']+' file not found)" headers "${said}")
 foreach(header IN LISTS headers)
-    string(REGEX REPLACE "fatal error: ([^:]+):.*" "\\1" header "${header}")
+    string(REGEX REPLACE "fatal error: '?([^:']+)[:'].*" "\\1" header "${header}")
     list(APPEND mistakes "no target has the header ${header} in its include directories")
 endforeach()
 

@@ -62,7 +62,7 @@ for file in "$prefix/bin/kepctl" $(find "$prefix" -name '*.so.*.*.*' -o -name '*
     kepctl) readelf -h "$file" | grep -q 'DYN.*Position-Independent' || fail "$name: no PIE" ;;
     esac
 done
-readelf -sW --dyn-syms "$prefix/bin/kepctl" | grep -q '__snprintf_chk' || fail "kepctl is not fortified"
+readelf -sW --dyn-syms "$prefix/bin/kepctl" | grep -q '__[a-z]*_chk@' || fail "kepctl is not fortified"
 for definition in $(sed -n 's/.* \(-D_FORTIFY_SOURCE=[0-9]\) .*/\1/p' "$build/compile_commands.json" | sort -u); do
     [ "$definition" = -D_FORTIFY_SOURCE=3 ] || fail "fortified by $definition"
 done
