@@ -9,6 +9,7 @@ struct Allocations {
     std::uint64_t own = 0;       // neither of the others
     std::uint64_t libasound = 0; // on behalf of libasound
     std::uint64_t card = 0;      // on behalf of the virtual card's plugin, which libasound calls
+    std::int64_t bytesKept = 0;  // of all three, less what was freed
 };
 
 /// Counts only in between: looking at the stack takes long. Not under valgrind, which counts

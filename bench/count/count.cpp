@@ -11,8 +11,6 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <malloc.h>
-#include <sys/random.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -30,14 +28,6 @@ namespace
 bool gToJournal = false;
 
 } // namespace
-
-// json-c takes the seed of its hashes from here; every run meets the same collisions.
-extern "C" [[gnu::visibility("default")]] ssize_t getrandom(void* buffer, std::size_t length,
-                                                            unsigned int)
-{
-    std::memset(buffer, 1, length);
-    return static_cast<ssize_t>(length);
-}
 
 // With --journal, standard error looks to GLib as if it were connected to the journal, and what is
 // sent there arrives.
@@ -78,17 +68,17 @@ void measure(const count::Case& each)
     if (!each.cold)
         each.run(); // what happens once has happened
     const std::string title = each.name + " " + std::to_string(times);
-    const std::size_t bytesBefore = mallinfo2().uordblks;
     beginCountingAllocations();
+    CALLGRIND_START_INSTRUMENTATION;
     CALLGRIND_ZERO_STATS;
     for (int i = 0; i < times; ++i)
         each.run();
     CALLGRIND_DUMP_STATS_AT(title.c_str());
+    CALLGRIND_STOP_INSTRUMENTATION;
     const Allocations made = endCountingAllocations();
-    const std::size_t bytesAfter = mallinfo2().uordblks;
     printf("%s\t%.1f\t%.1f\t%.1f\t%.1f\n", each.name.c_str(), static_cast<double>(made.own) / times,
            static_cast<double>(made.libasound) / times, static_cast<double>(made.card) / times,
-           (static_cast<double>(bytesAfter) - static_cast<double>(bytesBefore)) / times);
+           static_cast<double>(made.bytesKept) / times);
     fflush(stdout);
     LogSetSink({});
     LogSetLevel(LogGetContext("kep"), kLogError);

@@ -11,7 +11,7 @@ namespace count
 namespace
 {
 
-constexpr int kPipelines[] = {1, 10, 100, 1000, 10000};
+constexpr int kPipelines[] = {1, 3, 10, 17, 100, 333, 1000, 10000};
 
 JValue reportOf(const std::string& pipelineId)
 {

@@ -30,16 +30,25 @@ void connect(int inputs)
         done(client().connectInput(kMixers[i % 4], "MAIN", JValue::object()));
 }
 
-/// The television on its speaker, with so many inputs connected.
-void television(int inputs)
+struct RequestRow {
+    const char* name;
+    std::function<void()> make;
+    const char* output;
+    int inputs;
+    int times;
+    bool everyLevel;
+};
+
+/// The television on that output, with so many inputs connected.
+void television(const RequestRow& row)
 {
     startClient("TV");
     client().deinitialize();
     client().initialize(); // connects three
-    done(client().setSoundOutput("tv_speaker"));
+    done(client().setSoundOutput(row.output));
     for (const char* connected : {"ADEC0", "AMIXER5", "AMIXER6"})
         static_cast<void>(client().disconnectInput(connected, "MAIN"));
-    connect(inputs);
+    connect(row.inputs);
 }
 
 void thereAndBack()
@@ -54,24 +63,24 @@ void connectAndDisconnect()
     done(client().disconnectInput("ADEC1", "MAIN"));
 }
 
-struct RequestRow {
-    const char* name;
-    std::function<void()> make;
-    int inputs;
-    int times;
-    bool everyLevel;
-};
-
+// clang-format off
 const RequestRow kRequests[] = {
-    {"setMute", [] { done(client().setMute("ADEC0", "MAIN", true)); }, 0, 10, true},
-    {"setOutputMute", [] { done(client().setOutputMute("tv_speaker", true)); }, 0, 10, true},
-    {"setInputVolume", [] { done(client().setInputVolume("ADEC0", "MAIN", 20)); }, 0, 10, true},
-    {"setOutputVolume", [] { done(client().setOutputVolume("tv_speaker", 20)); }, 0, 10, true},
-    {"connectInput", &connectAndDisconnect, 0, 10, true},
-    {"setSoundOutput", &thereAndBack, 0, 5, true},
-    {"setSoundOutput.8", &thereAndBack, 8, 2, true},
-    {"setSoundOutput.100", &thereAndBack, 100, 1, false},
+    {"setMute",            [] { done(client().setMute("ADEC0", "MAIN", true)); },       "tv_speaker",             0,   10, true},
+    {"setOutputMute",      [] { done(client().setOutputMute("tv_speaker", true)); },    "tv_speaker",             0,   10, true},
+    {"setInputVolume",     [] { done(client().setInputVolume("ADEC0", "MAIN", 20)); },  "tv_speaker",             0,   10, true},
+    {"setOutputVolume",    [] { done(client().setOutputVolume("tv_speaker", 20)); },    "tv_speaker",             0,   10, true},
+    {"connectInput",       &connectAndDisconnect,                                       "tv_speaker",             0,   10, true},
+    {"connectInput.two",   &connectAndDisconnect,                                       "tv_speaker_headphone",   0,   5,  false},
+    {"connectInput.three", &connectAndDisconnect,                                       "tv_speaker_optical_arc", 0,   5,  false},
+    {"setSoundOutput",     &thereAndBack,                                               "tv_speaker",             0,   5,  true},
+    {"setSoundOutput.1",   &thereAndBack,                                               "tv_speaker",             1,   2,  false},
+    {"setSoundOutput.3",   &thereAndBack,                                               "tv_speaker",             3,   2,  false},
+    {"setSoundOutput.8",   &thereAndBack,                                               "tv_speaker",             8,   2,  true},
+    {"setSoundOutput.17",  &thereAndBack,                                               "tv_speaker",             17,  1,  false},
+    {"setSoundOutput.100", &thereAndBack,                                               "tv_speaker",             100, 1,  false},
+    {"setSoundOutput.333", &thereAndBack,                                               "tv_speaker",             333, 1,  false},
 };
+// clang-format on
 
 struct LogRow {
     const char* suffix;
@@ -91,24 +100,23 @@ void addRequestCases(std::vector<Case>& cases)
 {
     for (const RequestRow& row : kRequests) {
         const auto calls = std::make_shared<std::vector<Call>>();
-        // The same for all, so that all find the same heap.
-        const auto prepare = [&row, calls] {
-            television(row.inputs);
-            row.make();
-            *calls = callsOf(row.make);
-        };
         for (const LogRow& log : kLevels)
             if (row.everyLevel || log.level == kLogError)
                 cases.push_back({std::string{row.name} + log.suffix,
-                                 [prepare, &log] {
-                                     prepare();
+                                 [&row, &log] {
+                                     television(row);
                                      LogSetLevel(LogGetContext("kep"), log.level);
                                      if (log.dropped)
                                          LogSetSink([](const LogMessage&) {});
                                  },
                                  row.make, row.times});
-        cases.push_back({std::string{row.name} + ".byHand", prepare, [calls] { makeAgain(*calls); },
-                         row.times});
+        cases.push_back({std::string{row.name} + ".byHand",
+                         [&row, calls] {
+                             television(row);
+                             row.make();
+                             *calls = callsOf(row.make);
+                         },
+                         [calls] { makeAgain(*calls); }, row.times});
     }
 }
 

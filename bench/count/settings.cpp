@@ -16,7 +16,7 @@ namespace
 
 /// A category that is stored and does nothing else, and one whose keys become parameters.
 constexpr const char* kCategories[] = {"dimension", "smartSoundMode"};
-constexpr int kKeys[] = {1, 10, 100, 1000, 10000};
+constexpr int kKeys[] = {1, 3, 10, 17, 100, 333, 1000, 10000, 100000};
 
 } // namespace
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Starting a backend in a new process, next to ALSA's use-case manager with a profile for the
-// virtual card.
-#include <cstdlib>
-
+// virtual card (bench/count/ucm, which ALSA_CONFIG_UCM2 leads to).
 #include <alsa/asoundlib.h>
 #include <alsa/use-case.h>
 
@@ -51,12 +49,7 @@ void addStartCases(std::vector<Case>& cases)
                          useTheCard();
                      },
                      initialize, 1, /*cold=*/true});
-    cases.push_back({"start.useCases.byHand",
-                     [] {
-                         setenv("ALSA_CONFIG_UCM2", KEP_UCM_DIR, 1);
-                         useTheCard();
-                     },
-                     &openUseCases, 1, /*cold=*/true});
+    cases.push_back({"start.useCases.byHand", &useTheCard, &openUseCases, 1, /*cold=*/true});
 }
 
 } // namespace count
