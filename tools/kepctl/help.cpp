@@ -141,7 +141,7 @@ void helpEnvironment()
 {
     std::string text = "Environment variables:\n";
     for (const EnvironmentVariable& variable : kEnvironmentVariables)
-        text += "  " + padded(variable.name, 20) + variable.meaning + "\n";
+        text += "  " + padded(variable.name, 22) + variable.meaning + "\n";
     output::print(text);
 }
 

@@ -9,6 +9,7 @@
 #include "badline.h"
 #include "cardelements.h"
 #include "checks.h"
+#include "faultnames.h"
 #include "loglevels.h"
 #include "names.h"
 #include "operations.h"
@@ -80,13 +81,6 @@ constexpr LineExample kExamples[] = {
     {"clear",  R"({"clear": true})",                                                                           "forgets every injection"},
 };
 // clang-format on
-
-constexpr Stage kStages[] = {
-    {"open", virtualtv::FaultPoint::CardOpen, false},
-    {"load", virtualtv::FaultPoint::CardLoad, false},
-    {"info", virtualtv::FaultPoint::CardInfo, true},
-    {"write", virtualtv::FaultPoint::CardWrite, true},
-};
 
 // --- Names that have to exist
 
@@ -293,11 +287,6 @@ std::span<const LineExample> lineExamples()
     return kExamples;
 }
 
-std::span<const Stage> stageRows()
-{
-    return kStages;
-}
-
 Names keysOf(ObjectForm form)
 {
     Names keys;
@@ -311,7 +300,7 @@ Names valuesOf(ValueKind kind)
 {
     if (kind == ValueKind::Stage) {
         Names stages;
-        for (const Stage& stage : kStages)
+        for (const virtualtv::FaultStage& stage : virtualtv::kFaultStages)
             stages.emplace_back(stage.name);
         return stages;
     }

@@ -7,7 +7,6 @@
 #include <span>
 
 #include "closest.h"
-#include "faults.h"
 #include "jsonplaces.h"
 
 /// The objects whose keys are known.
@@ -67,17 +66,9 @@ struct LineExample {
     const char* effect;
 };
 
-/// A stage at which a card can be made to fail.
-struct Stage {
-    const char* name;
-    virtualtv::FaultPoint point;
-    bool ofAnElement; // "control" has to say which
-};
-
 std::span<const LineKind> lineKinds();
 std::span<const KeyRow> keyRows();
 std::span<const LineExample> lineExamples();
-std::span<const Stage> stageRows();
 
 /// The keys of such an object.
 Names keysOf(ObjectForm form);

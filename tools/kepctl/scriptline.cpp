@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "badline.h"
+#include "faultnames.h"
 #include "faults.h"
 #include "loglevels.h"
 #include "mainloop.h"
@@ -105,17 +106,19 @@ Step prepareSet(const JsonNode& node, const std::string&)
 
 // --- {"inject": {...}}
 
-const Stage& stageOf(const JValue& injection)
+const virtualtv::FaultStage& stageOf(const JValue& injection)
 {
-    const std::string name = injection.hasKey("stage") ? injection["stage"].asString() : "write";
-    return *std::find_if(stageRows().begin(), stageRows().end(),
-                         [&](const Stage& stage) { return name == stage.name; });
+    const std::string name =
+        injection.hasKey("stage") ? injection["stage"].asString() : virtualtv::kUsualStage;
+    return *std::find_if(
+        std::begin(virtualtv::kFaultStages), std::end(virtualtv::kFaultStages),
+        [&](const virtualtv::FaultStage& stage) { return name == stage.name; });
 }
 
 virtualtv::Injection controlInjection(const JsonNode& node)
 {
     checkMembers(node, ObjectForm::CardFault, "\"inject\"");
-    const Stage& stage = stageOf(node.value);
+    const virtualtv::FaultStage& stage = stageOf(node.value);
     const JsonNode* control = node.find("control");
     if (stage.ofAnElement && control == nullptr)
         throw BadLine("\"inject\" lacks \"control\", \"middleware\", \"gpio\" or \"subcpu\"",
@@ -129,24 +132,27 @@ virtualtv::Injection controlInjection(const JsonNode& node)
             0};
 }
 
-struct Target {
-    const char* key;
-    ObjectForm form;
-    virtualtv::FaultPoint point;
-};
-constexpr Target kTargets[] = {
-    {"middleware", ObjectForm::MiddlewareFault, virtualtv::FaultPoint::Middleware},
-    {"gpio", ObjectForm::GpioFault, virtualtv::FaultPoint::Gpio},
-    {"subcpu", ObjectForm::SubMicroFault, virtualtv::FaultPoint::SubMicro},
-};
+ObjectForm formOf(virtualtv::FaultPoint point)
+{
+    switch (point) {
+    case virtualtv::FaultPoint::Middleware:
+        return ObjectForm::MiddlewareFault;
+    case virtualtv::FaultPoint::Gpio:
+        return ObjectForm::GpioFault;
+    case virtualtv::FaultPoint::SubMicro:
+        return ObjectForm::SubMicroFault;
+    default:
+        return ObjectForm::CardFault;
+    }
+}
 
 virtualtv::Injection targetInjection(const JsonNode& node)
 {
-    for (const auto& [key, form, point] : kTargets) {
+    for (const auto& [key, point] : virtualtv::kFaultTargets) {
         const JsonNode* target = node.find(key);
         if (target == nullptr)
             continue;
-        checkObject(node, form, "\"inject\"");
+        checkObject(node, formOf(point), "\"inject\"");
         return {point, target->value.asString(), "", 0, std::nullopt, 0};
     }
     return controlInjection(node);

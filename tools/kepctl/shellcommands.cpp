@@ -9,6 +9,7 @@
 
 #include "badline.h"
 #include "cardelements.h"
+#include "faultnames.h"
 #include "faults.h"
 #include "loglevels.h"
 #include "names.h"
@@ -64,22 +65,13 @@ bool log(Player& player, const std::string& argument)
 
 JValue lineOf(const virtualtv::Injection& injection)
 {
-    struct Row {
-        virtualtv::FaultPoint point;
-        const char* key;
-    };
-    constexpr Row kKeys[] = {
-        {virtualtv::FaultPoint::Middleware, "middleware"},
-        {virtualtv::FaultPoint::Gpio, "gpio"},
-        {virtualtv::FaultPoint::SubMicro, "subcpu"},
-    };
     const char* key = "control";
-    for (const Row& row : kKeys)
-        if (injection.point == row.point)
-            key = row.key;
+    for (const virtualtv::FaultTarget& target : virtualtv::kFaultTargets)
+        if (injection.point == target.point)
+            key = target.key;
     JValue fault = JValue::object();
     static_cast<void>(fault.put(key, injection.name));
-    for (const Stage& stage : stageRows()) {
+    for (const virtualtv::FaultStage& stage : virtualtv::kFaultStages) {
         if (stage.point != injection.point)
             continue;
         if (!stage.ofAnElement)
