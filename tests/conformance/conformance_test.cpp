@@ -36,7 +36,7 @@ TEST_F(Conformance, TheVirtualTelevisionPassesAudibly)
         tap({"--audible", "--register", "0x34:1:0x00"}, [] { virtualtv::setI2cData({"0x1f"}); });
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     EXPECT_THAT(outcome.output, Not(HasSubstr("SKIP")));
-    EXPECT_THAT(outcome.output, AllOf(StartsWith("TAP version 13\n"), HasSubstr("\n1..152\n")));
+    EXPECT_THAT(outcome.output, AllOf(StartsWith("TAP version 13\n"), HasSubstr("\n1..166\n")));
 }
 
 TEST_F(Conformance, ACardThatTakesWhatIsWrittenAndNoMorePasses)
@@ -59,6 +59,30 @@ TEST_F(Conformance, ASilentRunWritesNoNewValueAndMakesNoAudibleCall)
         plant(FaultPoint::SubMicro, "subcpu_misc_Set_HPMuteOnOff", 1);
     });
     EXPECT_EQ(outcome.status, 0) << outcome.output;
+}
+
+TEST_F(Conformance, ASilentRunWritesBackWhatItReads)
+{
+    ASSERT_EQ(program({"--config", mConfig, "--audible", "card", "requests"}).status, 0);
+    const std::string before = content("state");
+    setenv("KEP_VIRTUALTV_TRACE", (folder() / "trace").c_str(), 1);
+    const Outcome outcome = program({"--config", mConfig});
+    unsetenv("KEP_VIRTUALTV_TRACE");
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_EQ(content("state"), before);
+    EXPECT_THAT(content("trace"), AllOf(HasSubstr("Gain Output"), HasSubstr("Mute Output"),
+                                        Not(HasSubstr("Sndout Open"))));
+}
+
+TEST_F(Conformance, ASilentRunLetsADriverRefuseWhatIsNeverWritten)
+{
+    const Outcome outcome =
+        tap({"card"}, [] { plant(FaultPoint::CardWrite, "Gain Output", -EINVAL); });
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_THAT(
+        outcome.output,
+        HasSubstr("\"Gain Output\" can be written # SKIP it refuses what it holds, which is "
+                  "never written; --audible writes other values\n"));
 }
 
 TEST_F(Conformance, EveryOperationElementAndLineIsChecked)
@@ -175,6 +199,22 @@ TEST_F(Conformance, AnElementThatIsSlow)
     EXPECT_THAT(failures(outcome), testing::Contains(testing::ContainsRegex(
                                        "\"Sndout ARC OnOff\" can be written: it took 3[0-9]* ms, "
                                        "more than the 200 of --limit")));
+}
+
+TEST_F(Conformance, ACardThatIsSlow)
+{
+    const Outcome outcome = tap({"--limit", "200", "card"}, [] {
+        plant(FaultPoint::CardOpen, "*", 0, 300);
+        plant(FaultPoint::CardInfo, "Mute Input", 0, 300);
+    });
+    EXPECT_EQ(outcome.status, 1);
+    const auto took = [](const std::string& claim) {
+        return testing::Contains(
+            testing::ContainsRegex(claim + ": it took [3-9][0-9]* ms, more than the 200 of"));
+    };
+    EXPECT_THAT(failures(outcome), AllOf(took("the card can be opened"),
+                                         took("\"Mute Input\" is there and takes 3 integers")));
+    EXPECT_THAT(outcome.output, HasSubstr("- \"Mute Output\" can be written\n"));
 }
 
 TEST_F(Conformance, AnElementThatDoesNotKeepWhatItIsWritten)
@@ -323,6 +363,37 @@ TEST_F(Conformance, ARequestWithAnotherCode)
                           HasSubstr("Control element write error: Input/output error"))));
 }
 
+TEST_F(Conformance, ARequestThatIsSlow)
+{
+    const Outcome outcome = tap({"--audible", "--limit", "200", "requests"},
+                                [] { plant(FaultPoint::CardWrite, "Mute Input", 0, 300); });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(
+        failures(outcome),
+        testing::Contains(testing::ContainsRegex(
+            "setMute mutes the film: it took [3-9][0-9]* ms, more than the 200 of --limit")));
+}
+
+TEST_F(Conformance, ARequestThatHangs)
+{
+    const Outcome outcome = tap({"--audible", "--limit", "50", "requests"},
+                                [] { plant(FaultPoint::CardWrite, "Mute Input", 0, 600'000); });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output,
+                EndsWith("Bail out! setMute mutes the film has not answered for 1000 ms\n"));
+}
+
+TEST_F(Conformance, EveryRequestIsRefusedWithoutABackend)
+{
+    const std::string output = tap({"requests"}).output;
+    for (const char* request :
+         {"connectInput", "disconnectInput", "getHeadphoneStatus", "removePipelineInfo",
+          "setSoundOutput", "setMute", "setOutputVolume", "setInputVolume", "setOutputMute",
+          "setMuteExtSPK", "setQualityAttribute", "setSettings", "getSettings", "deinitialize"})
+        EXPECT_THAT(output, testing::ContainsRegex(std::string{"\nok [0-9]+ - "} + request +
+                                                   " refuses without a backend\n"));
+}
+
 TEST_F(Conformance, TheEveningIsTheTelevisions)
 {
     mConfig = CONFORMANCE_CONFIG "/ALSA";
@@ -332,6 +403,101 @@ TEST_F(Conformance, TheEveningIsTheTelevisions)
                                           "television's; the backend configured is ALSA"));
 }
 
+// --- The program, on a television that is made wrong from outside
+
+TEST_F(Conformance, AFileOfFaultsMakesTheTelevisionWrong)
+{
+    struct Wrong {
+        const char* line;
+        Texts arguments;
+        const char* told;
+    };
+    for (
+        const auto& [line, arguments, told] : std::vector<Wrong>{
+            {R"({"inject": {"gpio": "GPIO_RD_HP_LINK", "status": 3}})",
+             {"lines"},
+             "GPIO_RD_HP_LINK can be read: GPIO_RD_HP_LINK answered 3, not 0"},
+            {R"({"inject": {"subcpu": "subcpu_misc_Set_HPMuteOnOff", "status": -1}})",
+             {"--audible", "lines"},
+             "subcpu_misc_Set_HPMuteOnOff answers: subcpu_misc_Set_HPMuteOnOff answered -1, not "
+             "0"},
+            {R"({"inject": {"middleware": "amplifier.getAmpState", "status": 7, "times": 1}})",
+             {"middleware"},
+             "amplifier.getAmpState answers: amplifier.getAmpState answered 7, not 0"},
+            {R"({"inject": {"control": "Sndout ARC OnOff", "status": -5}})",
+             {"card"},
+             "\"Sndout ARC OnOff\" can be written: it refuses 0: Input/output error"},
+            {R"({"inject": {"control": "Gain Input", "stage": "info", "card": "hw:0", "status": -5}})",
+             {"card"},
+             "\"Gain Input\" is there and takes 3 integers: it gives no information: "
+             "Input/output error"},
+            {R"({"inject": {"stage": "load", "status": -5}})",
+             {"card"},
+             "the card can be opened: hw:0 does not list its elements: Input/output error"},
+        }) {
+        setenv("KEP_VIRTUALTV_FAULTS",
+               file("faults", "# wrong on purpose\n\n" + std::string{line}).c_str(), 1);
+        Texts words = {"--tap"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        expectOnly(program(words), told);
+    }
+    unsetenv("KEP_VIRTUALTV_FAULTS");
+}
+
+TEST_F(Conformance, AFaultCanBeLateOrUsedUp)
+{
+    setenv("KEP_VIRTUALTV_FAULTS",
+           file("faults", R"({"inject": {"middleware": "gain.getGainAsInput", "delayMs": 300}})")
+               .c_str(),
+           1);
+    EXPECT_THAT(failures(program({"--tap", "--limit", "200", "middleware"})),
+                testing::Contains(testing::ContainsRegex(
+                    "gain.getGainAsInput answers: it took [3-9][0-9]* ms, more than the 200")));
+    file("faults", R"({"inject": {"gpio": "GPIO_RD_HP_LINK", "status": 0, "times": 1}})"
+                   "\n"
+                   R"({"inject": {"gpio": "GPIO_RD_HP_LINK", "status": 3}})");
+    EXPECT_EQ(program({"--tap", "lines"}).status, 0); // the line is read once
+    unsetenv("KEP_VIRTUALTV_FAULTS");
+}
+
+TEST_F(Conformance, AFileOfFaultsSaysWhatItCannotUse)
+{
+    struct Mistake {
+        const char* line;
+        const char* told;
+    };
+    for (const auto& [line, told] : std::vector<Mistake>{
+             {"rubbish", R"(not {"inject": {...}})"},
+             {R"({"wait": 5})", R"(not {"inject": {...}})"},
+             {R"({"inject": {"status": 1}})",
+              R"("inject" lacks "control", "middleware", "gpio" or "subcpu")"},
+             {R"({"inject": {"gpio": "GPIO_RD_HP_LINK"}})",
+              R"("inject" lacks "status" or "delayMs")"},
+             {R"({"inject": {"gpio": "LINK", "status": 1}})", R"("gpio" knows no "LINK")"},
+             {R"({"inject": {"subcpu": "mute", "status": 1}})", R"("subcpu" knows no "mute")"},
+             {R"({"inject": {"middleware": "gain.set", "status": 1}})",
+              R"("middleware" knows no "gain.set")"},
+             {R"({"inject": {"control": 7, "status": 1}})", R"("control" must be a string)"},
+             {R"({"inject": {"stage": "shut", "status": 1}})", R"(there is no stage "shut")"},
+             {R"({"inject": {"control": "*", "status": "1"}})",
+              R"("status" must be a whole number)"},
+             {R"({"inject": {"control": "*", "status": -5, "times": 0}})",
+              R"("times" must be a whole number, 1 at least)"},
+             {R"({"inject": {"control": "*", "delayMs": -1}})",
+              R"("delayMs" must be a whole number, 0 at least)"},
+         }) {
+        const std::string path = file("faults", "\n" + std::string{line} + "\n");
+        setenv("KEP_VIRTUALTV_FAULTS", path.c_str(), 1);
+        const Outcome outcome = program({"lines"});
+        EXPECT_EQ(outcome.status, 0) << line;
+        EXPECT_THAT(outcome.output, StartsWith("kep-virtualtv: " + path + ":2: " + told + "\n"));
+    }
+    setenv("KEP_VIRTUALTV_FAULTS", "/nowhere/faults", 1);
+    EXPECT_THAT(program({"lines"}).output,
+                StartsWith("kep-virtualtv: /nowhere/faults: No such file or directory\n"));
+    unsetenv("KEP_VIRTUALTV_FAULTS");
+}
+
 // --- The program
 
 TEST_F(Conformance, TheProgramRunsTheSameChecks)
@@ -339,10 +505,13 @@ TEST_F(Conformance, TheProgramRunsTheSameChecks)
     const Outcome outcome = program({"--tap", "--config", mConfig, "lines"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.output,
-              "TAP version 13\n# GPIO and sub-microcontroller\n"
-              "ok 1 - GPIO_RD_HP_LINK can be read\n"
-              "ok 2 - subcpu_misc_Set_HPMuteOnOff answers # SKIP it could be heard; "
-              "--audible tries it\n1..2\n# 1 passed, 0 failed, 1 skipped\n");
+              "TAP version 13\n# Libraries\n"
+              "ok 1 - all operations are in the television's libraries\n"
+              "# GPIO and sub-microcontroller\n"
+              "ok 2 - GPIO_RD_HP_LINK can be read\n"
+              "ok 3 - subcpu_misc_Set_HPMuteOnOff answers # SKIP it could be heard; "
+              "--audible tries it\n1..3\n# 2 passed, 0 failed, 1 skipped\n"
+              "# 1 skipped: it could be heard; --audible tries it\n");
 }
 
 TEST_F(Conformance, TheTextIsForPeople)
@@ -358,7 +527,9 @@ TEST_F(Conformance, TheTextIsForPeople)
                       "        GPIO_RD_HP_LINK answered 3, not 0\n"),
             HasSubstr(
                 "  skip  soundengine.registerQualityParams answers (and 20 more): it could be heard; --audible tries it\n"),
-            EndsWith("\n6 passed, 1 failed, 53 skipped\n")));
+            EndsWith("\n7 passed, 1 failed, 53 skipped\n"
+                     "51 skipped: it could be heard; --audible tries it\n"
+                     "2 skipped: no register was named; --register tries one\n")));
 }
 
 TEST_F(Conformance, MistypedWordsAreHintedAt)
@@ -387,8 +558,10 @@ TEST_F(Conformance, MistypedWordsAreHintedAt)
 
 TEST_F(Conformance, HelpAndVersionAreTold)
 {
-    EXPECT_THAT(program({"--help"}).output, AllOf(HasSubstr("Usage: kep-conformance"),
-                                                  HasSubstr("--audible"), HasSubstr("requests")));
+    EXPECT_THAT(program({"--help"}).output,
+                AllOf(HasSubstr("Usage: kep-conformance"), HasSubstr("--audible"),
+                      HasSubstr("requests"), HasSubstr("\n  1         "), HasSubstr("Bail out!"),
+                      HasSubstr("\n  KEP_CONFIG_DIR "), HasSubstr("\n  KEP_VIRTUALTV_FAULTS ")));
     EXPECT_THAT(program({"--version"}).output, StartsWith("kep-conformance "));
     EXPECT_EQ(program({"--help"}).status, 0);
 }

@@ -12,6 +12,8 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 
+#include "conformance.h"
+
 namespace
 {
 
@@ -57,12 +59,12 @@ std::string loadingFault()
 
 int report(const std::string& fault, bool tap)
 {
-    constexpr const char* kClaim = "all operations are in the television's libraries";
     if (tap)
-        std::printf("TAP version 13\nnot ok 1 - %s\n# %s\n1..1\n", kClaim, fault.c_str());
+        std::printf("TAP version 13\n# %s\nnot ok 1 - %s\n# %s\n1..1\n", kLibrariesSubject,
+                    kLibrariesClaim, fault.c_str());
     else
-        std::printf("Libraries\n  FAIL  %s:\n        %s\n\n0 passed, 1 failed, 0 skipped\n", kClaim,
-                    fault.c_str());
+        std::printf("%s\n  FAIL  %s:\n        %s\n\n0 passed, 1 failed, 0 skipped\n",
+                    kLibrariesSubject, kLibrariesClaim, fault.c_str());
     return kFailed;
 }
 

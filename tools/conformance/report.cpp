@@ -2,6 +2,7 @@
 // What the checks find, told on standard output.
 #include "report.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -60,6 +61,12 @@ void Report::tell(const std::string& claim, const std::string& fault)
 void Report::skip(const std::string& claim, const std::string& reason)
 {
     ++mSkipped;
+    const auto known = std::find_if(mReasons.begin(), mReasons.end(),
+                                    [&](const auto& each) { return each.first == reason; });
+    if (known != mReasons.end())
+        ++known->second;
+    else
+        mReasons.emplace_back(reason, 1);
     if (mTap) {
         const std::string number = std::to_string(mPassed + mFailed + mSkipped);
         return print("ok " + number + " - " + escaped(claim) + " # SKIP " + escaped(reason) + "\n");
@@ -90,10 +97,14 @@ void Report::tellSkipped()
 
 bool Report::finish()
 {
-    const std::string sum = std::to_string(mPassed) + " passed, " + std::to_string(mFailed) +
-                            " failed, " + std::to_string(mSkipped) + " skipped\n";
+    const std::string begin = mTap ? "# " : "";
+    std::string sum = begin + std::to_string(mPassed) + " passed, " + std::to_string(mFailed) +
+                      " failed, " + std::to_string(mSkipped) + " skipped\n";
+    for (const auto& [reason, times] : mReasons)
+        sum +=
+            begin + std::to_string(times) + " skipped: " + (mTap ? escaped(reason) : reason) + "\n";
     if (mTap)
-        print("1.." + std::to_string(mPassed + mFailed + mSkipped) + "\n# " + sum);
+        print("1.." + std::to_string(mPassed + mFailed + mSkipped) + "\n" + sum);
     else
         print("\n" + sum);
     return mFailed == 0;

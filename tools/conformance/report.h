@@ -4,6 +4,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 class Report
 {
@@ -16,7 +18,7 @@ public:
     void tell(const std::string& claim, const std::string& fault);
     /// A claim that could not be checked, and why not.
     void skip(const std::string& claim, const std::string& reason);
-    /// The sum of it all; whether no claim failed.
+    /// The sum of it all, and why claims were skipped; whether none failed.
     bool finish();
 
 private:
@@ -34,5 +36,6 @@ private:
     int mPassed = 0;
     int mFailed = 0;
     int mSkipped = 0;
-    Skipped mPending; // with an empty reason: none
+    std::vector<std::pair<std::string, int>> mReasons; // for skipping, how often
+    Skipped mPending;                                  // with an empty reason: none
 };
