@@ -13,6 +13,7 @@
 #include <dlfcn.h>
 
 #include "conformance.h"
+#include "programfolder.h"
 
 namespace
 {
@@ -23,10 +24,8 @@ constexpr const char* kUndefined = "undefined symbol: ";
 /// The module's file, from the folder of the program: as installed, or as built.
 std::string moduleFile()
 {
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
     for (const char* folder : {KEP_LIBDIR_FROM_BINDIR, "../lib"}) {
-        const std::filesystem::path file =
-            program.parent_path() / folder / "kep" / "conformance.so";
+        const std::filesystem::path file = programFolder() / folder / "kep" / "conformance.so";
         std::error_code error;
         if (std::filesystem::exists(file, error))
             return file;

@@ -12,6 +12,7 @@
 #include "cards.h"
 #include "environment.h"
 #include "loglevels.h"
+#include "programfolder.h"
 
 namespace
 {
@@ -19,8 +20,7 @@ namespace
 /// Where kepctl's data lie: in share/kep beside the folder of the program.
 std::filesystem::path dataDirectory()
 {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "share" /
-           "kep";
+    return programFolder().parent_path() / "share" / "kep";
 }
 
 /// A port has libraries of its own, which tell the journal nothing.
