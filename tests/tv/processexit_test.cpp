@@ -169,6 +169,8 @@ TEST_F(ProcessExit, OfAForkedChildDoesNotWaitForItsParentsWorker)
 
 TEST_F(ProcessExit, OfOneThatHasUnloadedTheLibraryIsClean)
 {
+    if (std::string{KEP_LIBRARY}.ends_with(".a"))
+        GTEST_SKIP() << "what is linked in is not unloaded";
     std::vector<Arguments> runs;
     for (const char* moment : {"life", "step", "again", "at-once", "unused"})
         for (int i = 0; i < 2; ++i)

@@ -179,6 +179,8 @@ int unknownTopic(const std::string& word)
 /// The library that this process runs, its version in the name: not the one that was built with it.
 std::string libraryFile()
 {
+    if (KEP_LINKED_IN)
+        return "linked in";
     Dl_info library = {};
     if (dladdr(reinterpret_cast<const void*>(&kepClient::getInstance), &library) == 0)
         return "unknown";
