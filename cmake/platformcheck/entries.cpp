@@ -36,6 +36,8 @@ void json()
            value.asNumber(large) && value.asNumber(real) && value.asBool();
     text = value[0].asString() + value.stringify();
     static_cast<void>(value.members().size() + value.elements().size());
+    for (const auto& [key, member] : value.eachMember())
+        text += key;
 }
 
 void log(const char* format, ...)

@@ -13,6 +13,7 @@
 #include "platformexport.h"
 
 struct json_object;
+struct lh_entry;
 
 /// A handle on one value of a JSON document.
 ///
@@ -30,6 +31,7 @@ public:
     static constexpr int kMaxDepth = 72;
 
     using Member = std::pair<std::string, JValue>;
+    class Walk;
 
     template <typename Type>
     static constexpr bool kIsScalar =
@@ -64,7 +66,8 @@ public:
 
     JValue(const JValue& other) noexcept;
     JValue(JValue&& other) noexcept
-        : mNode(std::exchange(other.mNode, nullptr)), mLevel(other.mLevel), mKind(other.mKind)
+        : mNode(std::exchange(other.mNode, nullptr)), mLevel(other.mLevel),
+          mKind(std::exchange(other.mKind, Kind::Null))
     {
     }
     JValue& operator=(JValue other) noexcept;
@@ -78,12 +81,18 @@ public:
     // one.
 
     [[nodiscard]] bool isValid() const noexcept { return mKind != Kind::Invalid; }
-    [[nodiscard]] bool isNull() const noexcept { return mKind == Kind::Node && mNode == nullptr; }
-    [[nodiscard]] bool isBool() const noexcept;
-    [[nodiscard]] bool isNumber() const noexcept;
-    [[nodiscard]] bool isString() const noexcept;
-    [[nodiscard]] bool isArray() const noexcept;
-    [[nodiscard]] bool isObject() const noexcept;
+    [[nodiscard]] bool isNull() const noexcept { return mKind == Kind::Null; }
+    [[nodiscard]] bool isBool() const noexcept
+    {
+        return mKind == Kind::False || mKind == Kind::True;
+    }
+    [[nodiscard]] bool isNumber() const noexcept
+    {
+        return mKind == Kind::Integer || mKind == Kind::Double;
+    }
+    [[nodiscard]] bool isString() const noexcept { return mKind == Kind::String; }
+    [[nodiscard]] bool isArray() const noexcept { return mKind == Kind::Array; }
+    [[nodiscard]] bool isObject() const noexcept { return mKind == Kind::Object; }
 
     // --- Conversion. The first form answers whether the value was of that type; where it was not,
     // the argument becomes "", false or 0. A number out of range becomes the nearest that fits; for
@@ -111,7 +120,7 @@ public:
     [[nodiscard]] std::size_t size() const noexcept;
     /// False, too, for a value that is no object.
     [[nodiscard]] bool hasKey(const std::string& key) const noexcept;
-    [[nodiscard]] bool hasKey(const char* key) const noexcept { return (*this)[key].isValid(); }
+    [[nodiscard]] bool hasKey(const char* key) const noexcept;
     /// Invalid when there is no such member, or this is no object.
     JValue operator[](const std::string& key) const noexcept;
     JValue operator[](const char* key) const noexcept;
@@ -127,6 +136,10 @@ public:
     [[nodiscard]] std::vector<Member> members() const;
     /// The elements in order; empty for a value that is no array. A snapshot likewise.
     [[nodiscard]] std::vector<JValue> elements() const;
+    /// The members in insertion order for a loop, without a copy of any; none for a value that is
+    /// no object. The object must not be changed before the loop is over.
+    ///     for (const auto& [key, value] : object.eachMember())
+    [[nodiscard]] Walk eachMember() const noexcept;
 
     // --- Change. False, with nothing changed, when this is not of the right type, when `value` is
     // invalid, when the key holds a NUL character or when the document would become too deep.
@@ -167,9 +180,20 @@ public:
 private:
     friend class JDomParser;
 
-    enum class Kind : std::uint8_t { Invalid, Node, False, True };
+    enum class Kind : std::uint8_t {
+        Invalid,
+        Null,
+        False,
+        True,
+        Integer,
+        Double,
+        String,
+        Array,
+        Object
+    };
 
-    JValue(json_object* owned, int level) noexcept : mNode(owned), mLevel(level) {}
+    JValue(json_object* owned, int level) noexcept;
+    static Kind kindOf(const json_object* node) noexcept;
     static JValue ofSigned(std::int64_t value);
     static JValue ofUnsigned(std::uint64_t value);
     [[nodiscard]] JValue element(std::size_t index) const noexcept;
@@ -182,7 +206,48 @@ private:
     bool appendOwn(JValue scalar);
     void drop() noexcept;
 
-    json_object* mNode = nullptr; // of kind Node: one reference is ours; json-c's null is null
-    int mLevel = 1; // containers from the document's root down to this value, if it is one
-    Kind mKind = Kind::Node;
+    // One reference is ours. Null is no node, nor is a bool that was not read from a document.
+    json_object* mNode = nullptr;
+    int mLevel = 1;          // containers from the document's root down to this value, if it is one
+    Kind mKind = Kind::Null; // a node never changes its own
+};
+
+/// A walk over the members of an object, and where it stands.
+class KEP_PLATFORM_EXPORT JValue::Walk
+{
+public:
+    /// The member at hand, which the walk lends until its next step; a copy of the value may stay.
+    struct Lent {
+        std::string_view key;
+        JValue value;
+    };
+    struct End {
+    };
+    class Iterator
+    {
+    public:
+        explicit Iterator(Walk& walk) noexcept : mWalk(walk) {}
+        const Lent& operator*() const noexcept { return mWalk.mLent; }
+        void operator++() noexcept { mWalk.goOn(); }
+        bool operator!=(End) const noexcept { return mWalk.mEntry != nullptr; }
+
+    private:
+        Walk& mWalk;
+    };
+
+    explicit Walk(JValue object) noexcept;
+    ~Walk() { mLent.value.mNode = nullptr; }
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+
+    Iterator begin() noexcept { return Iterator{*this}; }
+    End end() const noexcept { return {}; }
+
+private:
+    void goOn() noexcept;
+    void lend() noexcept;
+
+    JValue mObject; // is there as long as the walk
+    const lh_entry* mEntry = nullptr;
+    Lent mLent;
 };

@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -34,6 +35,30 @@ bool holdsNul(const std::string& key) noexcept
     return key.find('\0') != std::string::npos;
 }
 
+bool isSameKey(const char* one, const char* other) noexcept
+{
+    return *one == *other && std::strcmp(one, other) == 0; // most differ at once
+}
+
+/// The member of that key; null when the object has none.
+const lh_entry* findMember(const json_object* object, const char* key) noexcept
+{
+    lh_table* members = json_object_get_object(object);
+    // To make a key's hash takes longer than to look at a few others.
+    constexpr int kFew = 16;
+    if (members->count > kFew)
+        return lh_table_lookup_entry(members, key);
+    const lh_entry* member = members->head;
+    while (member != nullptr && !isSameKey(static_cast<const char*>(lh_entry_k(member)), key))
+        member = member->next;
+    return member;
+}
+
+json_object* nodeOf(const lh_entry& member) noexcept
+{
+    return static_cast<json_object*>(lh_entry_v(&member));
+}
+
 /// How many containers stand inside one another in `node`, itself included; 0 for a scalar.
 int depthOf(json_object* node) noexcept
 {
@@ -54,28 +79,18 @@ int depthOf(json_object* node) noexcept
     return 0;
 }
 
-/// The JSON text of an integer, or of a string without anything to escape. json-c would make a
-/// buffer for it, which stays in the node.
-bool isPlainScalar(json_object* node, std::string& text)
+/// Whether the text stands in JSON as it is.
+bool needsNoEscape(std::string_view text)
 {
-    if (isOfType(node, json_type_int)) {
-        const std::int64_t number = json_object_get_int64(node);
-        if (number == std::numeric_limits<std::int64_t>::max()) // it may be larger
-            return false;
-        text = std::to_string(number);
-        return true;
-    }
-    if (!isOfType(node, json_type_string))
-        return false;
-    const std::string_view content{json_object_get_string(node),
-                                   static_cast<std::size_t>(json_object_get_string_len(node))};
-    if (std::any_of(content.begin(), content.end(), [](char c) {
-            return static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\';
-        }))
-        return false;
-    text.reserve(content.size() + 2);
-    text.append(1, '"').append(content).append(1, '"');
-    return true;
+    return std::none_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\';
+    });
+}
+
+std::string_view contentOf(json_object* text)
+{
+    return {json_object_get_string(text),
+            static_cast<std::size_t>(json_object_get_string_len(text))};
 }
 
 /// The nearest integer toward zero that fits. A NaN cannot occur: neither the parser nor JValue
@@ -93,6 +108,32 @@ Integer saturate(double number) noexcept
 
 } // namespace
 
+JValue::Kind JValue::kindOf(const json_object* node) noexcept
+{
+    switch (json_object_get_type(node)) {
+    case json_type_boolean:
+        return json_object_get_boolean(node) != 0 ? Kind::True : Kind::False;
+    case json_type_double:
+        return Kind::Double;
+    case json_type_int:
+        return Kind::Integer;
+    case json_type_object:
+        return Kind::Object;
+    case json_type_array:
+        return Kind::Array;
+    case json_type_string:
+        return Kind::String;
+    case json_type_null:
+        break;
+    }
+    return Kind::Null;
+}
+
+JValue::JValue(json_object* owned, int level) noexcept
+    : mNode(owned), mLevel(level), mKind(kindOf(owned))
+{
+}
+
 JValue::JValue(double value)
 {
     if (!std::isfinite(value))
@@ -102,10 +143,12 @@ JValue::JValue(double value)
     std::array<char, 32> text{};
     std::to_chars(text.data(), text.data() + text.size() - 1, value);
     mNode = orThrow(json_object_new_double_s(value, text.data()));
+    mKind = Kind::Double;
 }
 
 JValue::JValue(std::string_view text)
-    : mNode(orThrow(json_object_new_string_len(text.data(), static_cast<int>(text.size()))))
+    : mNode(orThrow(json_object_new_string_len(text.data(), static_cast<int>(text.size())))),
+      mKind(Kind::String)
 {
 }
 
@@ -154,46 +197,19 @@ void JValue::drop() noexcept
     json_object_put(mNode);
 }
 
-bool JValue::isBool() const noexcept
-{
-    return mKind == Kind::False || mKind == Kind::True || isOfType(mNode, json_type_boolean);
-}
-
-bool JValue::isNumber() const noexcept
-{
-    const json_type type = json_object_get_type(mNode);
-    return type == json_type_int || type == json_type_double;
-}
-
-bool JValue::isString() const noexcept
-{
-    return isOfType(mNode, json_type_string);
-}
-
-bool JValue::isArray() const noexcept
-{
-    return isOfType(mNode, json_type_array);
-}
-
-bool JValue::isObject() const noexcept
-{
-    return isOfType(mNode, json_type_object);
-}
-
 bool JValue::asString(std::string& text) const
 {
     if (!isString()) {
         text.clear();
         return false;
     }
-    text.assign(json_object_get_string(mNode),
-                static_cast<std::size_t>(json_object_get_string_len(mNode)));
+    text.assign(contentOf(mNode));
     return true;
 }
 
 bool JValue::asBool(bool& value) const noexcept
 {
-    value = mKind == Kind::True || (isBool() && json_object_get_boolean(mNode) != 0);
+    value = mKind == Kind::True;
     return isBool();
 }
 
@@ -210,10 +226,10 @@ bool JValue::asNumber(std::int32_t& number) const noexcept
 bool JValue::asNumber(std::int64_t& number) const noexcept
 {
     number = 0;
-    if (isOfType(mNode, json_type_double))
-        number = saturate<std::int64_t>(json_object_get_double(mNode));
-    else if (isOfType(mNode, json_type_int))
+    if (mKind == Kind::Integer)
         number = json_object_get_int64(mNode);
+    else if (mKind == Kind::Double)
+        number = saturate<std::int64_t>(json_object_get_double(mNode));
     return isNumber();
 }
 
@@ -248,7 +264,12 @@ std::size_t JValue::size() const noexcept
 
 bool JValue::hasKey(const std::string& key) const noexcept
 {
-    return (*this)[key].isValid();
+    return !holdsNul(key) && hasKey(key.c_str());
+}
+
+bool JValue::hasKey(const char* key) const noexcept
+{
+    return isObject() && findMember(mNode, key) != nullptr;
 }
 
 JValue JValue::operator[](const std::string& key) const noexcept
@@ -258,10 +279,10 @@ JValue JValue::operator[](const std::string& key) const noexcept
 
 JValue JValue::operator[](const char* key) const noexcept
 {
-    json_object* member = nullptr;
-    if (!isObject() || json_object_object_get_ex(mNode, key, &member) == 0)
+    const lh_entry* member = isObject() ? findMember(mNode, key) : nullptr;
+    if (member == nullptr)
         return invalid();
-    return {json_object_get(member), mLevel + 1};
+    return {json_object_get(nodeOf(*member)), mLevel + 1};
 }
 
 JValue JValue::element(std::size_t index) const noexcept
@@ -277,10 +298,8 @@ std::vector<JValue::Member> JValue::members() const
     if (!isObject())
         return all;
     all.reserve(size());
-    json_object_object_foreach(mNode, key, member)
-    {
-        all.emplace_back(key, JValue{json_object_get(member), mLevel + 1});
-    }
+    for (const auto& [key, value] : eachMember())
+        all.emplace_back(key, value);
     return all;
 }
 
@@ -295,6 +314,35 @@ std::vector<JValue> JValue::elements() const
     return all;
 }
 
+JValue::Walk JValue::eachMember() const noexcept
+{
+    return Walk{*this};
+}
+
+JValue::Walk::Walk(JValue object) noexcept : mObject(std::move(object))
+{
+    if (!mObject.isObject())
+        return;
+    mEntry = json_object_get_object(mObject.mNode)->head;
+    mLent.value.mLevel = mObject.mLevel + 1;
+    lend();
+}
+
+void JValue::Walk::goOn() noexcept
+{
+    mEntry = mEntry->next;
+    lend();
+}
+
+void JValue::Walk::lend() noexcept
+{
+    if (mEntry == nullptr)
+        return;
+    mLent.key = static_cast<const char*>(lh_entry_k(mEntry));
+    mLent.value.mNode = nodeOf(*mEntry);
+    mLent.value.mKind = kindOf(mLent.value.mNode);
+}
+
 bool JValue::fitsInside(const JValue& value) const noexcept
 {
     return value.isValid() && mLevel + value.depth() <= kMaxDepth;
@@ -302,7 +350,7 @@ bool JValue::fitsInside(const JValue& value) const noexcept
 
 json_object* JValue::copyOfNode() const
 {
-    if (mKind == Kind::False || mKind == Kind::True)
+    if (isBool())
         return orThrow(json_object_new_boolean(mKind == Kind::True ? 1 : 0));
     json_object* copy = nullptr;
     if (mNode != nullptr && json_object_deep_copy(mNode, &copy, nullptr) != 0)
@@ -378,11 +426,23 @@ bool JValue::remove(std::size_t index)
 
 std::string JValue::stringify() const
 {
-    if (mKind == Kind::False || mKind == Kind::True)
+    if (isBool())
         return mKind == Kind::True ? "true" : "false";
-    std::string plain;
-    if (isPlainScalar(mNode, plain))
-        return plain;
+    // For what is plain json-c would make a buffer, which stays in the node.
+    if (isObject() && size() == 0)
+        return "{}";
+    if (mKind == Kind::Integer) {
+        const std::int64_t number = json_object_get_int64(mNode);
+        if (number != std::numeric_limits<std::int64_t>::max()) // it may be larger
+            return std::to_string(number);
+    }
+    if (isString() && needsNoEscape(contentOf(mNode))) {
+        const std::string_view content = contentOf(mNode);
+        std::string text;
+        text.reserve(content.size() + 2);
+        text.append(1, '"').append(content).append(1, '"');
+        return text;
+    }
     std::size_t length = 0;
     const char* text = json_object_to_json_string_length(mNode, kTextFlags, &length);
     return text != nullptr ? std::string{text, length} : throw std::bad_alloc{};

@@ -17,8 +17,10 @@ namespace
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 // --- Type and conversion
 
@@ -199,6 +201,63 @@ TEST(JValueMembers, AreASnapshot)
     EXPECT_THAT(before, ElementsAre(JValue::Member{"a", 1}, JValue::Member{"b", 2},
                                     JValue::Member{"c", 3}));
     EXPECT_EQ(value.stringify(), R"({"new a":1,"new b":2,"new c":3})");
+}
+
+TEST(JValueMembers, AreFoundAmongFewAndAmongMany)
+{
+    for (const int count : {1, 2, 15, 16, 17, 18, 100}) {
+        JValue value = JValue::object();
+        for (int i = 0; i < count; ++i)
+            ASSERT_TRUE(value.put("key " + std::to_string(i), i));
+        for (int i = 0; i < count; ++i)
+            EXPECT_EQ(value["key " + std::to_string(i)], JValue{i}) << count;
+        for (const char* unknown : {"", "k", "key", "key 1000", "Key 0", "\x80"})
+            EXPECT_FALSE(value.hasKey(unknown)) << count << " " << unknown;
+    }
+}
+
+TEST(JValueWalk, ShowsTheMembersInOrder)
+{
+    const JValue value = json(R"({"z":1,"":null,"a":[true],"long enough not to fit":"x","b":{}})");
+    std::vector<JValue::Member> shown;
+    for (const auto& [key, member] : value.eachMember())
+        shown.emplace_back(key, member);
+    EXPECT_EQ(shown, value.members());
+    EXPECT_THAT(shown, SizeIs(5));
+    EXPECT_THAT(shown, Contains(JValue::Member{"a", json("[true]")}));
+}
+
+TEST(JValueWalk, ShowsNothingOfAnyOtherValue)
+{
+    for (const ConversionRow& row : conversionRows()) {
+        if (row.type == Type::kObject)
+            continue;
+        for (const auto& [key, member] : row.value.eachMember())
+            ADD_FAILURE() << row.what << " has " << key << " " << member.stringify();
+    }
+    for (const auto& [key, member] : JValue::object().eachMember())
+        ADD_FAILURE() << "an empty object has " << key << " " << member.stringify();
+}
+
+TEST(JValueWalk, LendsValuesThatAreOfTheDocument)
+{
+    JValue value = json(R"({"a":{"b":1},"c":2})");
+    JValue kept;
+    for (const auto& [key, member] : value.eachMember())
+        if (key == "a")
+            kept = member;
+    EXPECT_TRUE(kept.put("d", 3));
+    EXPECT_EQ(value.stringify(), R"({"a":{"b":1,"d":3},"c":2})");
+    EXPECT_TRUE(value.remove("a"));
+    EXPECT_EQ(kept.stringify(), R"({"b":1,"d":3})");
+}
+
+TEST(JValueWalk, HoldsTheObjectThatNobodyElseHolds)
+{
+    std::string all;
+    for (const auto& [key, member] : json(R"({"o":{"a":1,"b":[2]}})")["o"].eachMember())
+        all.append(key).append(member.stringify());
+    EXPECT_EQ(all, "a1b[2]");
 }
 
 TEST(JValueElements, AnIndexReachesItsElement)
