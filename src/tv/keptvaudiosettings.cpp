@@ -3,6 +3,7 @@
 // the payload and applies it.
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -42,8 +43,15 @@ bool kepTVAudio::storeSettings(const std::string& category, JValue payload)
                   category.c_str());
         return false;
     }
-    JValue entry = JValue::object();
-    entry.put("category", category);
+    const auto stored =
+        std::find_if(mSettingsList.begin(), mSettingsList.end(),
+                     [&](const JValue& candidate) { return isOfCategory(candidate, category); });
+    const bool found = stored != mSettingsList.end();
+    // An entry that is there is used again: making and freeing one costs as much as a small
+    // payload.
+    JValue entry = found ? *stored : JValue::object();
+    if (!found)
+        entry.put("category", category);
     // Put first, which copies: the caller keeps its own. What it did not give is null.
     static_cast<void>(entry.put("value", payload.isValid() ? payload : JValue{}));
     JValue value = entry["value"];
@@ -51,10 +59,7 @@ bool kepTVAudio::storeSettings(const std::string& category, JValue payload)
         if (value.remove(key))
             KEP_DEBUG("settingsValue After removing an element=  %s",
                       value.stringify().c_str()); // sic
-    const auto stored =
-        std::find_if(mSettingsList.begin(), mSettingsList.end(),
-                     [&](const JValue& candidate) { return isOfCategory(candidate, category); });
-    if (stored != mSettingsList.end()) {
+    if (found) {
         KEP_DEBUG("Found the Category change only Value Delete the same and add new one in Vector");
         mSettingsList.erase(stored);
     }
@@ -67,7 +72,7 @@ bool kepTVAudio::storeSettings(const std::string& category, JValue payload)
 // --- Dispatch
 
 struct kepTVAudio::SettingsRow {
-    const char* category = nullptr;
+    std::string_view category;         // a literal, or the caller's
     SettingsGroup group = nullptr;     // logs for its categories; null: the category stands alone
     SettingsHandler handler = nullptr; // null: refused
     bool stored = false;               // a payload that was applied is remembered
@@ -151,7 +156,7 @@ bool kepTVAudio::handle(const SettingsRow& row, const JValue& payload)
 {
     if (row.handler == nullptr || !(this->*row.handler)(payload))
         return false;
-    return !row.stored || storeSettings(row.category, payload);
+    return !row.stored || storeSettings(std::string{row.category}, payload);
 }
 
 bool kepTVAudio::handleInGroup(SettingsGroup group, const std::string& category,
@@ -161,8 +166,7 @@ bool kepTVAudio::handleInGroup(SettingsGroup group, const std::string& category,
     if (row != nullptr && row->group == group)
         return (this->*group)(*row, payload);
     // Another group's category is told of, and refused.
-    return (this->*group)(SettingsRow{category.c_str(), group, nullptr, false, false, {}, ""},
-                          payload);
+    return (this->*group)(SettingsRow{category, group, nullptr, false, false, {}, ""}, payload);
 }
 
 kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
@@ -170,7 +174,7 @@ kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
     // Not constexpr: instrumented by the sanitizers, comparing a member pointer is no constant.
     static const auto shown =
         projected(kepTVAudio::SettingsRow::kAll, [](const kepTVAudio::SettingsRow& row) {
-            return kepSettingsCategory{row.category,           row.keys,
+            return kepSettingsCategory{row.category.data(),    row.keys,
                                        row.takesQualityKeys,   row.stored,
                                        row.handler != nullptr, row.meaning};
         });
@@ -182,7 +186,7 @@ kepList<kepSettingsCategory> kepCatalogue::settingsCategories()
 
 bool kepTVAudio::setSoundConfigSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("Set config and settings for category %s", row.category);
+    KEP_INFO("Set config and settings for category %s", row.category.data());
     return handle(row, payload);
 }
 
@@ -194,32 +198,32 @@ bool kepTVAudio::setSoundOutputDigitalSettings(const SettingsRow& row, const JVa
 
 bool kepTVAudio::setAlsaDriverSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("Set driver settings for category %s", row.category);
+    KEP_INFO("Set driver settings for category %s", row.category.data());
     return handle(row, payload);
 }
 
 bool kepTVAudio::setSoundEngineSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("Set sound engine settings for category %s", row.category);
+    KEP_INFO("Set sound engine settings for category %s", row.category.data());
     return handle(row, payload);
 }
 
 bool kepTVAudio::setAmplifierSettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("Set amplifier settings for category %s, value = %s", row.category,
+    KEP_INFO("Set amplifier settings for category %s, value = %s", row.category.data(),
              payload.stringify().c_str());
     return handle(row, payload);
 }
 
 bool kepTVAudio::setDelaySettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("Set delay settings for category %s", row.category);
+    KEP_INFO("Set delay settings for category %s", row.category.data());
     return handle(row, payload);
 }
 
 bool kepTVAudio::setOtherCategorySettings(const SettingsRow& row, const JValue& payload)
 {
-    KEP_INFO("Set settings for category %s", row.category);
+    KEP_INFO("Set settings for category %s", row.category.data());
     return handle(row, payload);
 }
 

@@ -27,17 +27,18 @@ bool kepTvParser::storeParameters(JValue object, Map& target)
 {
     if (!object.isObject())
         return false;
-    for (const auto& [key, value] : object.members()) {
+    for (const auto& [name, value] : object.eachMember()) {
+        std::string key{name};
         KEP_DEBUG("store Parameters key: %s value: %s", key.c_str(), value.stringify().c_str());
-        set(target, key, value.isString() ? value.asString() : value.stringify());
+        set(target, std::move(key), value.isString() ? value.asString() : value.stringify());
     }
     return true;
 }
 
-void kepTvParser::set(Map& map, const std::string& key, std::string value)
+void kepTvParser::set(Map& map, std::string key, std::string value)
 {
     const ForMaps guard{threads::parameterMapsGuard};
-    map.insert_or_assign(key, std::move(value));
+    map.insert_or_assign(std::move(key), std::move(value));
 }
 
 void kepTvParser::replace(Map& map, Map content)

@@ -29,7 +29,7 @@ public:
 
     // --- The caller's thread
 
-    void set(Map& map, const std::string& key, std::string value);
+    void set(Map& map, std::string key, std::string value);
     void replace(Map& map, Map content);
     /// The entry of that key; empty when there is none.
     static std::optional<std::string> find(const Map& map, const std::string& key);
