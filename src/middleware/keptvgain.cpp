@@ -97,14 +97,15 @@ int kepTVGain::getResourceId(const std::string& resource, const std::string& sin
     return resource == "AMIXER" && sink == "ALSA" ? kGenericMixerNumber : kUnknownResource;
 }
 
-bool kepTVGain::setInputVolume(std::string resource, std::string sink, unsigned char volume)
+bool kepTVGain::setInputVolume(const std::string& resource, const std::string& sink,
+                               unsigned char volume)
 {
     const int number = getResourceId(resource, sink);
     KEP_INFO("Updating input volume %d to inputResource %d", volume, number);
     return mPtrGainInstance->setInputVolume(number, volume) == 0;
 }
 
-bool kepTVGain::setOutputVolume(std::string soundOutput, int volume)
+bool kepTVGain::setOutputVolume(const std::string& soundOutput, int volume)
 {
     KEP_INFO("SoundOutput %s volume: %d", soundOutput.c_str(), volume);
     // sic: the run of blanks belongs to the text

@@ -40,9 +40,9 @@ public:
     /// unknown.
     static int getResourceId(const std::string& resource, const std::string& sink);
     /// Unknown inputs are passed on as -1; a failure is not logged.
-    bool setInputVolume(std::string resource, std::string sink, unsigned char volume);
+    bool setInputVolume(const std::string& resource, const std::string& sink, unsigned char volume);
     /// The volume's low 8 bits are passed on.
-    bool setOutputVolume(std::string soundOutput, int volume);
+    bool setOutputVolume(const std::string& soundOutput, int volume);
 
     // --- Gains that follow the pipelines
 

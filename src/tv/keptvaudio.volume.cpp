@@ -4,8 +4,6 @@
 // later.
 #include "keptvaudio.h"
 
-#include <utility>
-
 #include "controlwrites.h"
 #include "kepcaught.h"
 #include "keplog.h"
@@ -125,7 +123,7 @@ try {
     if (getResourceId(source, sink) == KEP_AUDIO_RESOURCE_INVALID)
         // sic: 2, where setMute answers 3 for the same names; callers rely on either
         return KEP_RESULT_FAILED;
-    return resultOf(mPtrTVGain->setInputVolume(std::move(source), std::move(sink), volume));
+    return resultOf(mPtrTVGain->setInputVolume(source, sink, volume));
 } catch (...) {
     return kepCaught(KEP_HERE, KEP_RESULT_FAILED);
 }
