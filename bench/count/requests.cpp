@@ -59,7 +59,8 @@ void thereAndBack()
 
 void connectAndDisconnect()
 {
-    done(client().connectInput("ADEC1", "MAIN", JValue::object()));
+    static const JValue attributes = JValue::object(); // what the caller makes is not the library's
+    done(client().connectInput("ADEC1", "MAIN", attributes));
     done(client().disconnectInput("ADEC1", "MAIN"));
 }
 

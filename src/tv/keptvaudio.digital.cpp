@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Digital outputs: gathers what the formats of optical, ARC and eARC follow from, and writes what
 // digitalformats.h answers; which number that is, is decided there.
+#include <string>
 #include <string_view>
 
 #include "controlwrites.h"
@@ -21,6 +22,13 @@ int numberOf(std::string_view name, kepList<kepNamedNumber> rows)
         if (row.name == name)
             return row.number;
     return 0;
+}
+
+/// As the maps are asked for it; made once, since it does not fit into a string's small buffer.
+const std::string& countryKey()
+{
+    static const auto& name = *new std::string{key::kCountry.name}; // asked for until the very end
+    return name;
 }
 
 /// What the receiver announced; each question leaves a line.
@@ -120,7 +128,8 @@ DigitalFormats kepTVAudio::digitalFormats() const
     return {.bnoModel = mSupportBnoModel,
             .mixed = mMixerFlag,
             .forcedDDPlus = mForcedDDPlus,
-            .country = qualityParam(key::kCountry.name).value_or(""),
+            .country =
+                kepTvParser::find(mPtrParserInstance->mQualityParamsMap, countryKey()).value_or(""),
             .arcProfile = mArcProfile,
             .codec = getInputCodecType(),
             .source = avParam("sourceType").value_or("")};
