@@ -287,7 +287,9 @@ try {
 
 int LogGetLevel(const LogContext* context) noexcept
 {
-    return context != nullptr ? context->level.load(std::memory_order_relaxed) : kLogError;
+    if (context == nullptr) [[unlikely]]
+        return kLogError;
+    return context->level.load(std::memory_order_relaxed);
 }
 
 void LogSetLevel(LogContext* context, int level) noexcept
