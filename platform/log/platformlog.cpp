@@ -148,6 +148,20 @@ std::vector<GLogField> fieldsOf(const LogMessage& message, const LevelRow& row)
     return fields;
 }
 
+/// Names longer than that leave their lines to GLib: the buffer of a line has room for no more.
+constexpr std::size_t kLongestNames = 1024;
+
+const char* programName()
+{
+    const char* name = g_get_prgname();
+    return name != nullptr ? name : "process";
+}
+
+bool hasLongNames(const LogMessage& message)
+{
+    return std::strlen(message.context) + std::strlen(programName()) > kLongestNames;
+}
+
 /// Whether GLib would write the text as it is, whatever the locale.
 bool isPlain(const char* text)
 {
@@ -207,9 +221,8 @@ void writePlainLine(const LogMessage& message, const LevelRow& row)
     Line line;
     line.append(row.before);
     if (row.namesProcess) {
-        const char* program = g_get_prgname();
         line.append("(");
-        line.append(program != nullptr ? program : "process");
+        line.append(programName());
         line.append(":");
         line.append(static_cast<unsigned long>(getpid()));
         line.append("): ");
@@ -247,7 +260,7 @@ void writeToSystem(const LogMessage& message)
         return;
     }
     const std::lock_guard lock{theLog().writing};
-    if (!prefixesAsked && isPlain(message.text)) {
+    if (!prefixesAsked && isPlain(message.text) && !hasLongNames(message)) {
         writePlainLine(message, row);
         return;
     }

@@ -89,6 +89,22 @@ TEST_F(LogLinesOnStandardError, AreThoseOfGlib)
     }
 }
 
+TEST_F(LogLinesOnStandardError, BearNamesOfEveryLengthWhole)
+{
+    for (const std::size_t length : {1, 900, 1024, 1025, 2048, 2100, 9000}) {
+        const std::string name(length, 'n');
+        LogContext* context = LogGetContext(name.c_str());
+        for (const LevelRow& row : kLevelRows) {
+            LogSetLevel(context, row.level);
+            Captured captured;
+            LogMsgKV(context, row.level, "ID", nullptr, 0, "text");
+            EXPECT_EQ(timeless(captured.err()),
+                      timeless(lineOfGlib(name.c_str(), row, "text") + "  ID\n"))
+                << length;
+        }
+    }
+}
+
 TEST_F(LogLinesOnStandardError, BearNoNameWithoutAContext)
 {
     Captured captured;
