@@ -3,22 +3,12 @@
 #include <vector>
 
 #include "checks.h"
+#include "loglevels.h"
 #include "loglines.h"
 #include "platformlog.h"
 
 namespace
 {
-
-struct Level {
-    LogLevel level;
-    const char* name;
-};
-constexpr Level kLevels[] = {
-    {kLogError, "error"},
-    {kLogWarning, "warning"},
-    {kLogInfo, "info"},
-    {kLogDebug, "debug"},
-};
 
 constexpr const char* kContext = "kep-conformance";
 constexpr const char* kId = "CONFORMANCE";
@@ -33,7 +23,7 @@ std::vector<LogLine> written(LogLevel level)
     return lines.taken();
 }
 
-std::string arrivalFault(const Level& row)
+std::string arrivalFault(const LogLevelName& row)
 {
     const std::vector<LogLine> lines = written(row.level);
     const std::string line = std::string{"a line of level "} + row.name;
@@ -58,11 +48,11 @@ void checkLog(Report& report, const Conditions&)
     report.tell("there is a log context", context != nullptr ? "" : "LogGetContext answers null");
     if (context == nullptr)
         return;
-    for (const Level& row : kLevels) {
+    for (const LogLevelName& row : logLevels()) {
         LogSetLevel(context, kLogDebug);
         report.tell(std::string{"a line of level "} + row.name + " arrives", arrivalFault(row));
     }
-    for (const Level& row : kLevels) {
+    for (const LogLevelName& row : logLevels()) {
         if (row.level == kLogError)
             continue;
         LogSetLevel(context, row.level - 1);

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The levels of the library's log context.
+// The levels of the log.
 #include "loglevels.h"
 
 namespace
 {
 
-struct Row {
-    int level;
-    const char* name;
-};
-constexpr Row kLevels[] = {
+constexpr LogLevelName kLevels[] = {
     {kLogError, "error"},
     {kLogWarning, "warning"},
     {kLogInfo, "info"},
@@ -18,9 +14,14 @@ constexpr Row kLevels[] = {
 
 } // namespace
 
+std::span<const LogLevelName> logLevels()
+{
+    return kLevels;
+}
+
 bool isLogLevel(int level)
 {
-    for (const Row& row : kLevels)
+    for (const LogLevelName& row : kLevels)
         if (row.level == level)
             return true;
     return false;
@@ -28,7 +29,7 @@ bool isLogLevel(int level)
 
 const char* logLevelName(int level)
 {
-    for (const Row& row : kLevels)
+    for (const LogLevelName& row : kLevels)
         if (row.level == level)
             return row.name;
     return "log";
