@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // What kepctl tells of itself, and what happens when nobody can hear it.
+#include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
+
+#include <sys/stat.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,6 +23,7 @@
 using testing::AllOf;
 using testing::Contains;
 using testing::Each;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
 using testing::Not;
@@ -33,6 +39,16 @@ Texts column(const JValue& rows, const char* key)
     for (const JValue& row : rows.elements())
         values.push_back(row[key].asString());
     return values;
+}
+
+/// An input line that is read from a pipe: who asks for it waits until somebody writes there.
+std::filesystem::path makeSlowLine(const std::filesystem::path& folder)
+{
+    std::filesystem::create_directory(folder);
+    setenv("KEP_VIRTUALTV_LINES", folder.c_str(), 1);
+    std::filesystem::path line = folder / "GPIO_RD_HP_LINK";
+    mkfifo(line.c_str(), 0600);
+    return line;
 }
 
 } // namespace
@@ -214,6 +230,33 @@ TEST_F(Kepctl, AReaderThatLeavesEndsItQuietly)
         EXPECT_EQ(outcome.status, 0) << before;
     }
 }
+
+TEST_F(Kepctl, WhatHappenedInACallIsShownThoughASignalEndsTheProgramThere)
+{
+    setenv("SCRIPT", script(kInitialize + kHeadphone).c_str(), 1);
+    setenv("SLOW", makeSlowLine(directory() / "lines").c_str(), 1);
+    for (const auto& [name, number] :
+         {std::pair{"TERM", SIGTERM}, std::pair{"HUP", SIGHUP}, std::pair{"ABRT", SIGABRT}}) {
+        const Execution outcome =
+            shell("\"$KEPCTL\" run --format jsonl $SCRIPT & exec 3>\"$SLOW\"; kill -" +
+                  std::string{name} + " $!; wait $!");
+        EXPECT_EQ(outcome.status, 128 + number) << name;
+        EXPECT_THAT(eventsOf(outcome, "request"),
+                    ElementsAre(HasSubstr("initialize"), kHeadphoneRequest))
+            << name;
+    }
+}
+
+#ifdef KEPCTL_ENDING_LIBRARY
+TEST_F(Kepctl, WhatHappenedInACallIsShownThoughALibraryEndsTheProgramThere)
+{
+    setenv("SCRIPT", script(kInitialize).c_str(), 1);
+    const Execution outcome =
+        shell("LD_PRELOAD=" KEPCTL_ENDING_LIBRARY " \"$KEPCTL\" run --format jsonl $SCRIPT");
+    EXPECT_EQ(outcome.status, 7);
+    EXPECT_THAT(eventsOf(outcome, "request"), ElementsAre(HasSubstr("initialize")));
+}
+#endif
 
 TEST_F(Kepctl, AClosedStandardErrorDoesNotSpoilTheCards)
 {

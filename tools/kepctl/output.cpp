@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 #include <stdio_ext.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "commands.h"
@@ -51,9 +52,14 @@ bool fill(int descriptor)
 char gBuffer[std::size_t{64} * 1024];
 std::atomic<int> gHolders{0};
 
+std::atomic<pid_t> gOwner{0}; // whose lines wait; a child that was forked has a copy of them
+
 /// stdio may be in the middle of something; what it has put into the buffer so far is there.
-void writeWaitingLines(int signal)
+void writeWaitingLines()
 {
+    if (gOwner != getpid())
+        return;
+    gOwner = 0;
     const char* from = gBuffer;
     for (std::size_t left = __fpending(stdout); left > 0;) {
         const ssize_t written = write(STDOUT_FILENO, from, left);
@@ -62,6 +68,11 @@ void writeWaitingLines(int signal)
         from += written;
         left -= static_cast<std::size_t>(written);
     }
+}
+
+void endBySignal(int signal)
+{
+    writeWaitingLines();
     raise(signal); // SA_RESETHAND: now it does what it always did
 }
 
@@ -75,10 +86,11 @@ bool letOutputWait()
         struct sigaction action = {};
         if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
             continue;
-        action.sa_handler = &writeWaitingLines;
+        action.sa_handler = &endBySignal;
         action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
         sigaction(signal, &action, nullptr);
     }
+    gOwner = getpid();
     return true;
 }
 
@@ -118,6 +130,13 @@ Held::~Held()
 {
     if (gHolders != 0 && --gHolders == 0 && fflush(stdout) != 0)
         giveUp(errno);
+}
+
+void endAtOnce(int status)
+{
+    writeWaitingLines();
+    syscall(SYS_exit_group, status);
+    __builtin_unreachable();
 }
 
 } // namespace output

@@ -19,7 +19,7 @@ void print(std::string_view text);
 
 /// As long as one lives, what is printed may wait, so that many lines become one write. It is
 /// written when the last one ends, when there is much of it, and when the program ends, be it by a
-/// signal (but SIGKILL). On a terminal nothing waits.
+/// signal (but SIGKILL) or at once (_exit). On a terminal nothing waits.
 class Held
 {
 public:
@@ -28,5 +28,8 @@ public:
     Held(const Held&) = delete;
     Held& operator=(const Held&) = delete;
 };
+
+/// Ends the program as _exit does, but for the lines that wait: they are written first.
+[[noreturn]] void endAtOnce(int status);
 
 } // namespace output
