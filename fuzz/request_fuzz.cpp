@@ -10,6 +10,8 @@
 #include "badline.h"
 #include "environment.h"
 #include "faults.h"
+#include "jdomparser.h"
+#include "jsonplaces.h"
 #include "kepclient.h"
 #include "platformlog.h"
 #include "scriptline.h"
@@ -19,12 +21,22 @@ namespace
 
 void ignoreAlsaMessage(const char*, int, const char*, int, const char*, ...) {}
 
+/// What kepctl reads without the platform's parser is what that parser reads.
+void requireUnderstood(const std::string& line)
+{
+    JDomParser parser{JSchema::acceptAll()};
+    const JValue value = parser.parse(line);
+    if (!value.isValid() || parseJsonLine(line).json() != value.stringify())
+        std::abort();
+}
+
 void play(const std::string& line)
 {
     try {
         const ScriptLine parsed = parseScriptLine(line);
-        if (!parsed.request.hasKey("wait"))
-            parsed.run();
+        requireUnderstood(line);
+        if (parsed.members.front().first != "wait")
+            static_cast<void>(parsed.run());
     } catch (const BadLine&) {
         // what a line must not be is kepctl's business
     }

@@ -5,6 +5,9 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <utility>
+
+#include "event.h"
 
 namespace virtualtv
 {
@@ -13,7 +16,7 @@ namespace
 
 struct Journal {
     std::mutex guard;
-    std::shared_ptr<const Listener> listener;
+    std::shared_ptr<const EventListener> listener;
 };
 
 Journal& theJournal()
@@ -31,9 +34,18 @@ std::atomic<int> gClosed{0};
 
 void listen(Listener listener)
 {
-    std::shared_ptr<const Listener> next;
     if (listener)
-        next = std::make_shared<const Listener>(std::move(listener));
+        listenDirectly(
+            [listener = std::move(listener)](const Event& event) { listener(event.toValue()); });
+    else
+        listenDirectly({});
+}
+
+void listenDirectly(EventListener listener)
+{
+    std::shared_ptr<const EventListener> next;
+    if (listener)
+        next = std::make_shared<const EventListener>(std::move(listener));
     const std::lock_guard lock{theJournal().guard};
     gListening = next != nullptr;
     theJournal().listener.swap(next);
@@ -44,9 +56,9 @@ bool listening() noexcept
     return gListening.load(std::memory_order_relaxed);
 }
 
-void report(const JValue& event)
+void report(const Event& event)
 {
-    std::shared_ptr<const Listener> listener;
+    std::shared_ptr<const EventListener> listener;
     {
         const std::lock_guard lock{theJournal().guard};
         listener = theJournal().listener;

@@ -11,15 +11,20 @@
 namespace virtualtv
 {
 
+class Event;
+
 /// Receives one event, a JSON object with "event" first, on the thread that caused it.
 using Listener = std::function<void(const JValue& event)>;
 
 /// Sends all events to `listener`; an empty one stops that.
 VIRTUALTV_EXPORT void listen(Listener listener);
+/// The same for one who takes events as they are reported, without a copy of what they refer to.
+using EventListener = std::function<void(const Event& event)>;
+VIRTUALTV_EXPORT void listenDirectly(EventListener listener);
 /// Whether anybody listens: ask before an event is made, so that a deaf journal costs next to
 /// nothing.
 VIRTUALTV_EXPORT bool listening() noexcept;
-VIRTUALTV_EXPORT void report(const JValue& event);
+VIRTUALTV_EXPORT void report(const Event& event);
 
 /// How often a virtual card was opened and closed in this process, by any client of libasound.
 struct HandleCount {

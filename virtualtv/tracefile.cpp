@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "event.h"
 #include "journal.h"
 
 namespace virtualtv
@@ -24,8 +25,10 @@ const bool gTracing = [] {
     const int file = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
     if (file < 0)
         return false;
-    listen([file](const JValue& event) {
-        const std::string line = event.stringify() + "\n";
+    listenDirectly([file](const Event& event) {
+        std::string line;
+        event.appendTo(line);
+        line += '\n';
         // One write a line: lines of several threads or processes do not mix.
         static_cast<void>(!write(file, line.data(), line.size()));
     });

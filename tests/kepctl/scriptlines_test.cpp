@@ -7,6 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "badline.h"
+#include "jdomparser.h"
+#include "jsonplaces.h"
 #include "kepctltest.h"
 #include "scriptline.h"
 
@@ -231,6 +234,50 @@ TEST_F(Kepctl, AWaitLastsAsLongAsItSays)
     const auto took = std::chrono::steady_clock::now() - start;
     EXPECT_GE(took, std::chrono::milliseconds{300});
     EXPECT_LT(took, std::chrono::seconds{30});
+}
+
+// --- How lines are written
+
+constexpr const char* kWays[] = {
+    R"({"a":1})",
+    R"( { "a" : [ 1 , "b c" , true , null , { } , [ ] ] , "d" : -12 } )",
+    R"({"a":"\u0041\/\"\n","b":"\\"})",
+    R"({"\u0061":1})",
+    R"({"a":1.50,"b":1e2,"c":-0,"d":0,"e":123456789012345678,"f":12345678901234567890})",
+    R"({"a":1,"b":2,"a":{"c":1,"c":2}})",
+    R"(["ü€😀"," , : ] } [ { "])",
+    R"({"1":1,"2":1,"3":1,"4":1,"5":1,"6":1,"7":1,"8":1,"9":1,"1":2})",
+    R"("text")",
+    "false",
+};
+
+TEST(JsonLine, IsUnderstoodAsThePlatformsParserDoesItHoweverItIsWritten)
+{
+    for (const std::string line : kWays) {
+        JDomParser parser{JSchema::acceptAll()};
+        const JValue expected = parser.parse(line);
+        const JsonNode node = parseJsonLine(line);
+        EXPECT_EQ(node.json(), expected.stringify());
+        EXPECT_EQ(node.value(), expected) << line;
+        for (const JsonMember& member : node.members) {
+            EXPECT_EQ(node.find(member.key)->value(), expected[member.key]) << line;
+            EXPECT_EQ(node.find(member.key)->json(), expected[member.key].stringify()) << line;
+        }
+        for (std::size_t i = 0; i < node.elements.size(); ++i)
+            EXPECT_EQ(node.elements[i].value(), expected[i]) << line;
+    }
+}
+
+TEST(JsonLine, IsAsDeepAsThePlatformsParserAllows)
+{
+    const auto nested = [](int depth) {
+        const auto length = static_cast<std::size_t>(depth);
+        return std::string(length, '[') + std::string(length, ']');
+    };
+    const std::string deep = nested(JDomParser::kMaxDepth);
+    const std::string deeper = nested(JDomParser::kMaxDepth + 1);
+    EXPECT_EQ(parseJsonLine(deep).json(), deep);
+    EXPECT_THROW(parseJsonLine(deeper), BadLine);
 }
 
 TEST_F(Kepctl, AWaitRunsTheTimersThatFallIntoIt)

@@ -18,7 +18,7 @@ namespace
 {
 
 /// Looks at an event, and may change it; false drops it.
-using Change = std::function<bool(JValue& event)>;
+using Change = std::function<bool(Event& event)>;
 
 class Filter : public EventWriter
 {
@@ -28,9 +28,9 @@ public:
     {
     }
 
-    void write(const JValue& event) override
+    void write(const Event& event) override
     {
-        JValue changed = event;
+        Event changed = event;
         if (mChange(changed))
             mNext->write(changed);
     }
@@ -60,11 +60,14 @@ constexpr const char* kSelectionForm =
     "separated by commas";
 
 /// The place of that kind in kTraceEvents; "requests" will do for "request".
-std::optional<std::size_t> kindOf(const std::string& name)
+std::optional<std::size_t> kindOf(std::string_view name)
 {
-    for (std::size_t i = 0; i < std::size(kTraceEvents); ++i)
-        if (name == kTraceEvents[i].name || name == kTraceEvents[i].name + std::string{"s"})
+    for (std::size_t i = 0; i < std::size(kTraceEvents); ++i) {
+        const std::string_view kind = kTraceEvents[i].name;
+        if (name.starts_with(kind) &&
+            (name.size() == kind.size() || name.substr(kind.size()) == "s"))
             return i;
+    }
     return std::nullopt;
 }
 
@@ -105,7 +108,7 @@ constexpr Varying kVarying[] = {
 // clang-format on
 constexpr const char* kVaryingPairs[] = {"CLOCK"};
 
-std::string withoutVarying(std::string text, const std::string& id)
+std::string withoutVarying(std::string text, std::string_view id)
 {
     for (const Varying& varying : kVarying) {
         const std::size_t place = id == varying.id ? text.find(varying.before) : std::string::npos;
@@ -114,19 +117,19 @@ std::string withoutVarying(std::string text, const std::string& id)
         const std::size_t start = place + strlen(varying.before);
         const std::size_t end =
             std::min(text.find_first_not_of(varying.digits, start), text.size());
-        text.replace(start, end - start, "0");
+        text.replace(start, end - start, 1, '0');
     }
     return text;
 }
 
 } // namespace
 
-bool EventSelection::shows(const JValue& event) const
+bool EventSelection::shows(const Event& event) const
 {
-    const std::optional<std::size_t> kind = kindOf(event["event"].asString());
+    const std::optional<std::size_t> kind = kindOf(event.kind());
     if (!kind || !shown[*kind])
         return false;
-    return kTraceEvents[*kind].name != kLog || event["level"].asNumber<std::int32_t>() <= logLevel;
+    return kTraceEvents[*kind].name != kLog || event.number("level") <= logLevel;
 }
 
 std::string parseSelection(const std::string& list, EventSelection& selection)
@@ -145,7 +148,7 @@ std::string parseSelection(const std::string& list, EventSelection& selection)
 std::unique_ptr<EventWriter> selecting(const EventSelection& selection,
                                        std::unique_ptr<EventWriter> next)
 {
-    return filtered([selection](const JValue& event) { return selection.shows(event); },
+    return filtered([selection](const Event& event) { return selection.shows(event); },
                     std::move(next), /*comments=*/selection.shown[*kindOf("request")]);
 }
 
@@ -155,18 +158,24 @@ std::unique_ptr<EventWriter> timing(bool clocks, std::unique_ptr<EventWriter> ne
     const auto elapsed = [start = steady_clock::now()] {
         return std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - start);
     };
-    return filtered([clocks, elapsed](
-                        JValue& event) { return event.put("ms", clocks ? elapsed().count() : 0); },
-                    std::move(next));
+    return filtered(
+        [clocks, elapsed](Event& event) {
+            event.put("ms", clocks ? elapsed().count() : 0);
+            return true;
+        },
+        std::move(next));
 }
 
 std::unique_ptr<EventWriter> withoutClocks(std::unique_ptr<EventWriter> next)
 {
     return filtered(
-        [](JValue& event) {
-            if (event["event"].asString() == kLog)
-                event.put("text", withoutVarying(event["text"].asString(), event["id"].asString()));
-            JValue pairs = event["pairs"];
+        [text = std::string{}, pairs = JValue{}](Event& event) mutable {
+            if (event.kind() != kLog)
+                return true;
+            text = withoutVarying(std::string{event.text("text")}, event.text("id"));
+            event.put("text", text);
+            const JValue* found = event.value("pairs");
+            pairs = found != nullptr ? *found : JValue{};
             for (const char* key : kVaryingPairs)
                 if (pairs.hasKey(key))
                     static_cast<void>(pairs.put(key, "0"));
@@ -178,8 +187,8 @@ std::unique_ptr<EventWriter> withoutClocks(std::unique_ptr<EventWriter> next)
 std::unique_ptr<EventWriter> explaining(std::unique_ptr<EventWriter> next)
 {
     return filtered(
-        [](JValue& event) {
-            const std::string meaning = explained(event["element"].asString(), event["values"]);
+        [meaning = std::string{}](Event& event) mutable {
+            meaning = explained(event.text("element"), event.numbers("values"));
             if (!meaning.empty())
                 event.put("meaning", meaning);
             return true;
@@ -191,7 +200,7 @@ std::unique_ptr<EventWriter> announcing(std::function<void()> announce,
                                         std::unique_ptr<EventWriter> next)
 {
     return filtered(
-        [announce = std::move(announce)](const JValue&) {
+        [announce = std::move(announce)](const Event&) {
             announce();
             return true;
         },

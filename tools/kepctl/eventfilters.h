@@ -16,7 +16,7 @@ struct EventSelection {
     std::array<bool, std::size(kTraceEvents)> shown{}; // as kTraceEvents
     int logLevel = 0;                                  // log lines up to that one
 
-    [[nodiscard]] bool shows(const JValue& event) const;
+    [[nodiscard]] bool shows(const Event& event) const;
 };
 
 /// Reads a list such as "requests,control,log:3"; the reason when it is none, "" when it is.

@@ -2,8 +2,6 @@
 // What the integers of a driver write stand for, by the library's own tables.
 #include "explain.h"
 
-#include <cstdint>
-
 #include "kepcatalogue.h"
 
 namespace
@@ -23,15 +21,14 @@ std::string inWords(const kepControlInteger& integer, std::int64_t value)
 
 } // namespace
 
-std::string explained(const std::string& element, const JValue& values)
+std::string explained(std::string_view element, std::span<const std::int64_t> values)
 {
     for (const kepControlElement& known : kepCatalogue::controlElements()) {
         if (element != known.name || values.size() != known.integers.size())
             continue;
-        std::string words = element;
+        std::string words{element};
         for (std::size_t i = 0; i < values.size(); ++i)
-            words += (i == 0 ? ": " : ", ") +
-                     inWords(known.integers[i], values[i].asNumber<std::int64_t>());
+            words += (i == 0 ? ": " : ", ") + inWords(known.integers[i], values[i]);
         return words;
     }
     return "";

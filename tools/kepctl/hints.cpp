@@ -83,8 +83,8 @@ const Hints::Rule Hints::kRules[] = {
 };
 // clang-format on
 
-void Hints::tell(const Operation& operation, const JValue& arguments, const Outcome& outcome,
-                 const Happened& happened)
+void Hints::tell(const Operation& operation, std::span<const JValue> arguments,
+                 const Outcome& outcome, const Happened& happened)
 {
     if (!mShown)
         return;
@@ -106,8 +106,8 @@ void Hints::tellUnmetInjections() const
                   << "the injection at \"" << injection.name << "\" never met its access\n";
 }
 
-Names Hints::notInitialised(const Operation& operation, const JValue&, const Outcome& outcome,
-                            const Happened&)
+Names Hints::notInitialised(const Operation& operation, std::span<const JValue>,
+                            const Outcome& outcome, const Happened&)
 {
     if (kepClient::getInstance()->getAudioObj() != nullptr || isInitialize(operation))
         return {};
@@ -119,8 +119,8 @@ Names Hints::notInitialised(const Operation& operation, const JValue&, const Out
                 : R"(nothing is initialised yet; a script starts with {"call": "initialize"})"};
 }
 
-Names Hints::badConfiguration(const Operation& operation, const JValue&, const Outcome& outcome,
-                              const Happened&)
+Names Hints::badConfiguration(const Operation& operation, std::span<const JValue>,
+                              const Outcome& outcome, const Happened&)
 {
     if (!isInitialize(operation))
         return {};
@@ -135,13 +135,13 @@ Names Hints::badConfiguration(const Operation& operation, const JValue&, const O
     return capability.empty() ? Names{} : Names{capability};
 }
 
-Names Hints::badNames(const Operation& operation, const JValue& arguments, const Outcome&,
+Names Hints::badNames(const Operation& operation, std::span<const JValue> arguments, const Outcome&,
                       const Happened&)
 {
     return mBackend == kTelevision ? misnamed(operation, arguments) : Names{};
 }
 
-Names Hints::badCards(const Operation& operation, const JValue&, const Outcome& outcome,
+Names Hints::badCards(const Operation& operation, std::span<const JValue>, const Outcome& outcome,
                       const Happened& happened)
 {
     const bool wrong = happened.errorLogged || failed(operation, outcome.result);
@@ -175,8 +175,8 @@ Names Hints::cardFault() const
     return missing;
 }
 
-Names Hints::idleBackend(const Operation& operation, const JValue&, const Outcome& outcome,
-                         const Happened& happened)
+Names Hints::idleBackend(const Operation& operation, std::span<const JValue>,
+                         const Outcome& outcome, const Happened& happened)
 {
     if (happened.anything || operation.argumentCount == 0 || failed(operation, outcome.result) ||
         mBackend == kTelevision || mBackend.empty())
@@ -184,8 +184,8 @@ Names Hints::idleBackend(const Operation& operation, const JValue&, const Outcom
     return {"the backend " + mBackend + " does nothing for " + operation.name};
 }
 
-Names Hints::silentFailure(const Operation& operation, const JValue&, const Outcome& outcome,
-                           const Happened& happened)
+Names Hints::silentFailure(const Operation& operation, std::span<const JValue>,
+                           const Outcome& outcome, const Happened& happened)
 {
     if (!failed(operation, outcome.result) || happened.errorLogged || happened.failedAccess)
         return {};

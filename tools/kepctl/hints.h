@@ -3,6 +3,7 @@
 #pragma once
 
 #include <set>
+#include <span>
 #include <string>
 
 #include "closest.h"
@@ -19,28 +20,28 @@ public:
     }
 
     /// Tells what there is to say about a call that has been made, after its result.
-    void tell(const Operation& operation, const JValue& arguments, const Outcome& outcome,
+    void tell(const Operation& operation, std::span<const JValue> arguments, const Outcome& outcome,
               const Happened& happened);
     /// Tells of the injections that never met their access.
     void tellUnmetInjections() const;
 
 private:
-    using Rule = Names (Hints::*)(const Operation& operation, const JValue& arguments,
+    using Rule = Names (Hints::*)(const Operation& operation, std::span<const JValue> arguments,
                                   const Outcome& outcome, const Happened& happened);
     static const Rule kRules[];
 
-    Names notInitialised(const Operation& operation, const JValue& arguments,
+    Names notInitialised(const Operation& operation, std::span<const JValue> arguments,
                          const Outcome& outcome, const Happened& happened);
-    Names badConfiguration(const Operation& operation, const JValue& arguments,
+    Names badConfiguration(const Operation& operation, std::span<const JValue> arguments,
                            const Outcome& outcome, const Happened& happened);
-    Names badNames(const Operation& operation, const JValue& arguments, const Outcome& outcome,
-                   const Happened& happened);
-    Names badCards(const Operation& operation, const JValue& arguments, const Outcome& outcome,
-                   const Happened& happened);
-    Names idleBackend(const Operation& operation, const JValue& arguments, const Outcome& outcome,
-                      const Happened& happened);
-    Names silentFailure(const Operation& operation, const JValue& arguments, const Outcome& outcome,
-                        const Happened& happened);
+    Names badNames(const Operation& operation, std::span<const JValue> arguments,
+                   const Outcome& outcome, const Happened& happened);
+    Names badCards(const Operation& operation, std::span<const JValue> arguments,
+                   const Outcome& outcome, const Happened& happened);
+    Names idleBackend(const Operation& operation, std::span<const JValue> arguments,
+                      const Outcome& outcome, const Happened& happened);
+    Names silentFailure(const Operation& operation, std::span<const JValue> arguments,
+                        const Outcome& outcome, const Happened& happened);
 
     [[nodiscard]] Names cardFault() const;
 

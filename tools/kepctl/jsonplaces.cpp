@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// A line of JSON with the place of each of its values. The platform's parser decides what is JSON;
-// the scanner here only knows where things stand, and finds words for what that parser refused.
+// A line of JSON with the place of each of its values. The scanner here knows where things stand
+// and finds words for mistakes. What is written plainly it understands alone; whether anything else
+// is JSON, and what it means, the platform's parser decides.
 #include "jsonplaces.h"
 
+#include <algorithm>
 #include <cctype>
+#include <charconv>
+#include <cstdint>
 #include <cstring>
+#include <unordered_set>
 
 #include <glib.h>
 
@@ -60,6 +65,49 @@ constexpr const char* kExample = R"({"call": "setSoundOutput", "args": ["tv_spea
     throw BadLine("no JSON: " + sentence, place, std::move(hint));
 }
 
+JValue parsed(std::string_view text)
+{
+    JDomParser parser{JSchema::acceptAll()};
+    return parser.parse(text);
+}
+
+bool isLiteral(std::string_view word)
+{
+    return word == "true" || word == "false" || word == "null";
+}
+
+/// An integer that has one way to be written, and fits 64 bits whatever its digits are.
+bool isPlainInteger(std::string_view word)
+{
+    constexpr std::size_t kMostDigits = 18;
+    const std::string_view digits = word.substr(word.starts_with('-') ? 1 : 0);
+    return word == "0" ||
+           (!digits.empty() && digits.size() <= kMostDigits && digits.front() != '0' &&
+            std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; }));
+}
+
+/// Whether a key stands twice: the value that counts is the last, the place the first.
+bool hasKeyTwice(const std::vector<JsonMember>& members)
+{
+    constexpr std::size_t kFew = 8; // are compared with each other
+    if (members.size() > kFew) {
+        std::unordered_set<std::string_view> keys;
+        return !std::all_of(members.begin(), members.end(), [&](const JsonMember& member) {
+            return keys.insert(member.key).second;
+        });
+    }
+    for (std::size_t i = 1; i < members.size(); ++i)
+        for (std::size_t before = 0; before < i; ++before)
+            if (members[i].key == members[before].key)
+                return true;
+    return false;
+}
+
+bool isBlank(char letter)
+{
+    return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n';
+}
+
 bool isWordLetter(char letter)
 {
     return std::isalnum(static_cast<unsigned char>(letter)) != 0 || letter == '_' ||
@@ -102,12 +150,14 @@ private:
 
     void skipBlanks()
     {
-        while (!atEnd() && std::strchr(" \t\r\n", peek()) != nullptr)
+        while (!atEnd() && isBlank(peek()))
             ++mAt;
     }
 
     void rejectStray() const
     {
+        if (!atEnd() && (peek() == '"' || isWordLetter(peek())))
+            return; // none starts like this
         for (const Stray& stray : kStrays)
             if (!atEnd() && at(stray.text))
                 reject(stray.sentence, mAt);
@@ -125,8 +175,7 @@ private:
     void rejectLineOfWords() const
     {
         const std::string first = word();
-        JDomParser parser{JSchema::acceptAll()};
-        if (!parser.parse(first).isValid())
+        if (!parsed(first).isValid())
             reject("a line must be an object", mAt, std::string{"for example "} + kExample);
     }
 
@@ -145,23 +194,31 @@ private:
             return array(depth);
         JsonNode node;
         node.begin = mAt;
-        if (peek() == '"')
-            string();
-        else
-            scalar();
+        node.plain = peek() == '"' ? string() : scalar();
+        node.text = textFrom(node.begin);
         return node;
     }
 
-    /// Over a string; its closing quote is there.
-    void string()
+    /// What was just passed over.
+    [[nodiscard]] std::string_view textFrom(std::size_t begin) const
+    {
+        return std::string_view{mText}.substr(begin, mAt - begin);
+    }
+
+    /// Over a string; its closing quote is there. Whether it is plain.
+    bool string()
     {
         const std::size_t begin = mAt;
-        for (++mAt; !atEnd() && peek() != '"'; ++mAt)
+        bool plain = true;
+        for (++mAt; !atEnd() && peek() != '"'; ++mAt) {
+            plain = plain && peek() != '\\' && static_cast<unsigned char>(peek()) >= ' ';
             if (peek() == '\\')
                 escape();
+        }
         if (atEnd())
             reject("this string has no closing quote (\")", begin);
         ++mAt;
+        return plain;
     }
 
     void escape()
@@ -174,8 +231,8 @@ private:
                    mAt - 1);
     }
 
-    /// Over a number, true, false or null.
-    void scalar()
+    /// Over a number, true, false or null. Whether it is plain.
+    bool scalar()
     {
         rejectStray();
         const std::string text = word();
@@ -184,10 +241,11 @@ private:
                        ? "a value is missing here"
                        : "no value can start like this",
                    mAt);
-        const bool literal = text == "true" || text == "false" || text == "null";
-        if (!literal && !JDomParser{JSchema::acceptAll()}.parse(text).isValid())
+        const bool plain = isLiteral(text) || isPlainInteger(text);
+        if (!plain && !parsed(text).isValid())
             rejectWord(text);
         mAt += text.size();
+        return plain;
     }
 
     void rejectWord(const std::string& text) const
@@ -239,19 +297,37 @@ private:
 
     JsonNode object(int depth)
     {
+        JsonNode node = container(depth);
+        if (opens('}', node.begin))
+            do {
+                const JsonMember& added = node.members.emplace_back(member(depth));
+                node.plain = node.plain && added.node.plain;
+            } while (another('}', "member", node.begin));
+        node.plain = node.plain && !hasKeyTwice(node.members);
+        node.text = textFrom(node.begin);
+        return node;
+    }
+
+    /// Begins one, over its opening bracket.
+    JsonNode container(int depth)
+    {
         JsonNode node;
         node.begin = mAt++;
-        skipBlanks();
-        if (!atEnd() && peek() == '}') {
-            ++mAt;
-            return node;
-        }
-        if (atEnd())
-            rejectOpen('}', node.begin);
-        do
-            node.members.push_back(member(depth));
-        while (another('}', "member", node.begin));
+        node.plain = depth <= JDomParser::kMaxDepth;
         return node;
+    }
+
+    /// Over the blanks behind an opening bracket. False when the closing one follows, which is
+    /// passed over.
+    bool opens(char closing, std::size_t opening)
+    {
+        skipBlanks();
+        if (atEnd())
+            rejectOpen(closing, opening);
+        if (peek() != closing)
+            return true;
+        ++mAt;
+        return false;
     }
 
     JsonMember member(int depth)
@@ -265,38 +341,27 @@ private:
                 reject("a key in double quotes is expected here", mAt);
             reject("a key stands in double quotes", mAt, "did you mean \"" + key + "\"?");
         }
-        string();
-        member.key = unquoted(member.keyBegin);
+        const bool plain = string();
+        const std::string_view quoted = textFrom(member.keyBegin);
+        member.key = plain ? quoted.substr(1, quoted.size() - 2) : parsed(quoted).asString();
         skipBlanks();
         if (atEnd() || peek() != ':')
             reject("a colon is missing after the key \"" + member.key + "\"", mAt);
         ++mAt;
         member.node = value(depth + 1);
+        member.node.plain = member.node.plain && plain;
         return member;
-    }
-
-    /// The string that was just passed over.
-    [[nodiscard]] std::string unquoted(std::size_t begin) const
-    {
-        JDomParser parser{JSchema::acceptAll()};
-        const JValue text = parser.parse(mText.substr(begin, mAt - begin));
-        return text.asString();
     }
 
     JsonNode array(int depth)
     {
-        JsonNode node;
-        node.begin = mAt++;
-        skipBlanks();
-        if (!atEnd() && peek() == ']') {
-            ++mAt;
-            return node;
-        }
-        if (atEnd())
-            rejectOpen(']', node.begin);
-        do
-            node.elements.push_back(value(depth + 1));
-        while (another(']', "element", node.begin));
+        JsonNode node = container(depth);
+        if (opens(']', node.begin))
+            do {
+                const JsonNode& added = node.elements.emplace_back(value(depth + 1));
+                node.plain = node.plain && added.plain;
+            } while (another(']', "element", node.begin));
+        node.text = textFrom(node.begin);
         return node;
     }
 
@@ -316,19 +381,49 @@ void requireUtf8(const std::string& line)
            place);
 }
 
-/// Gives each node its value.
-void attach(JsonNode& node, const JValue& value)
+/// JSON without the blanks between its words.
+std::string withoutBlanks(std::string_view text)
 {
-    node.value = value;
-    for (JsonMember& member : node.members)
-        attach(member.node, value[member.key]);
-    for (std::size_t i = 0; i < node.elements.size(); ++i)
-        attach(node.elements[i], value[i]);
+    std::string all;
+    all.reserve(text.size());
+    bool inString = false; // of a plain text: no quote is escaped
+    for (const char letter : text) {
+        if (letter == '"')
+            inString = !inString;
+        if (inString || !isBlank(letter))
+            all += letter;
+    }
+    return all;
 }
 
 } // namespace
 
-const JsonNode* JsonNode::find(const std::string& key) const
+JValue JsonNode::value() const
+{
+    if (!plain || isObject() || isArray())
+        return parsed(text);
+    if (isString())
+        return text.substr(1, text.size() - 2);
+    if (text == "null")
+        return {};
+    if (isLiteral(text))
+        return text == "true";
+    std::int64_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+std::string JsonNode::asString() const
+{
+    return isString() && plain ? std::string{text.substr(1, text.size() - 2)} : value().asString();
+}
+
+std::string JsonNode::json() const
+{
+    return plain ? withoutBlanks(text) : parsed(text).stringify();
+}
+
+const JsonNode* JsonNode::find(std::string_view key) const
 {
     const JsonNode* found = nullptr;
     for (const JsonMember& member : members)
@@ -340,11 +435,11 @@ const JsonNode* JsonNode::find(const std::string& key) const
 JsonNode parseJsonLine(const std::string& line)
 {
     requireUtf8(line);
-    JDomParser parser{JSchema::acceptAll()};
-    const JValue value = parser.parse(line);
     JsonNode node = Scanner{line}.line();
-    if (!value.isValid())
+    if (node.plain)
+        return node;
+    JDomParser parser{JSchema::acceptAll()};
+    if (!parser.parse(line).isValid())
         reject(parser.errorText(), 0);
-    attach(node, value);
     return node;
 }

@@ -4,21 +4,33 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "jvalue.h"
 
 struct JsonMember;
 
-/// One value of a line.
+/// One value of a line. It refers to the line, which has to live longer.
 struct JsonNode {
-    JValue value;
-    std::size_t begin = 0;           // its first byte
+    std::string_view text; // how it is written
+    std::size_t begin = 0; // its first byte in the line
+    bool plain = true;     // nothing in it has more than one way to be written, but blanks
     std::vector<JsonMember> members; // of an object, in order; a key given twice stands here twice
     std::vector<JsonNode> elements;  // of an array
 
+    [[nodiscard]] bool isObject() const { return text.starts_with('{'); }
+    [[nodiscard]] bool isArray() const { return text.starts_with('['); }
+    [[nodiscard]] bool isString() const { return text.starts_with('"'); }
+
+    /// The value, made anew.
+    [[nodiscard]] JValue value() const;
+    /// The text of a string, "" for every other value.
+    [[nodiscard]] std::string asString() const;
+    /// The JSON text as JValue::stringify writes it.
+    [[nodiscard]] std::string json() const;
     /// The last member of that key; null when there is none.
-    [[nodiscard]] const JsonNode* find(const std::string& key) const;
+    [[nodiscard]] const JsonNode* find(std::string_view key) const;
 };
 
 struct JsonMember {

@@ -18,17 +18,22 @@ namespace
 struct KindRow {
     ArgumentKind kind;
     const char* type;
-    bool (*fits)(const JValue& value);
+    bool (*fits)(const JsonNode& value);
 };
 
-bool isText(const JValue& value)
+bool isText(const JsonNode& value)
 {
     return value.isString();
 }
 
-bool isVolume(const JValue& value)
+bool isSwitch(const JsonNode& value)
 {
-    return isWholeNumber(value, 0, UINT8_MAX);
+    return value.text == "true" || value.text == "false";
+}
+
+bool isVolume(const JsonNode& value)
+{
+    return isWholeNumber(value.value(), 0, UINT8_MAX);
 }
 
 // clang-format off
@@ -36,11 +41,11 @@ constexpr KindRow kKinds[] = {
     {ArgumentKind::SoundOutput, "a string",                       &isText},
     {ArgumentKind::Source,      "a string",                       &isText},
     {ArgumentKind::Sink,        "a string",                       &isText},
-    {ArgumentKind::Switch,      "true or false",                  [](const JValue& value) { return value.isBool(); }},
+    {ArgumentKind::Switch,      "true or false",                  &isSwitch},
     {ArgumentKind::Volume,      "a whole number from 0 to 255",   &isVolume},
     {ArgumentKind::PipelineId,  "a string",                       &isText},
     {ArgumentKind::Category,    "a string",                       &isText},
-    {ArgumentKind::Payload,     "any JSON value",                 [](const JValue&) { return true; }},
+    {ArgumentKind::Payload,     "any JSON value",                 [](const JsonNode&) { return true; }},
 };
 // clang-format on
 
@@ -67,9 +72,8 @@ constexpr bool isDeclaredAs(ArgumentKind kind)
 }
 
 template <typename T>
-T argument(const JValue& arguments, std::size_t index)
+T argument(const JValue& value)
 {
-    const JValue value = arguments[index];
     if constexpr (std::is_same_v<T, std::string>)
         return value.asString();
     else if constexpr (std::is_same_v<T, bool>)
@@ -81,30 +85,23 @@ T argument(const JValue& arguments, std::size_t index)
 }
 
 template <auto Method, typename Result, typename... Arguments, std::size_t... Index>
-Call bind(const JValue& arguments, Result (kepClient::*)(Arguments...),
-          std::index_sequence<Index...>)
+Outcome callWith([[maybe_unused]] std::span<const JValue> values,
+                 Result (kepClient::*)(Arguments...), std::index_sequence<Index...>)
 {
-    std::tuple<std::decay_t<Arguments>...> values{
-        argument<std::decay_t<Arguments>>(arguments, Index)...};
-    return [values] {
-        return std::apply(
-            [](const auto&... each) {
-                return Outcome{(kepClient::getInstance()->*Method)(each...)};
-            },
-            values);
-    };
+    return {
+        (kepClient::getInstance()->*Method)(argument<std::decay_t<Arguments>>(values[Index])...)};
 }
 
 template <auto Method, typename Result, typename... Arguments>
-Call bind(const JValue& arguments, Result (kepClient::*method)(Arguments...))
+Outcome callWith(std::span<const JValue> values, Result (kepClient::*method)(Arguments...))
 {
-    return bind<Method>(arguments, method, std::index_sequence_for<Arguments...>{});
+    return callWith<Method>(values, method, std::index_sequence_for<Arguments...>{});
 }
 
 template <auto Method>
-Call prepare(const JValue& arguments)
+Outcome call(std::span<const JValue> arguments)
 {
-    return bind<Method>(arguments, Method);
+    return callWith<Method>(arguments, Method);
 }
 
 template <typename Result, typename... Arguments, std::size_t Count>
@@ -122,31 +119,29 @@ consteval Operation row(const char* name, Answer answer, const Argument (&argume
                         const char* summary)
 {
     requireDeclared(Method, arguments);
-    Operation operation{name, answer, {}, Count, &prepare<Method>, summary};
+    Operation operation{name, answer, {}, Count, &call<Method>, summary};
     for (std::size_t i = 0; i < Count; ++i)
         operation.arguments[i] = arguments[i];
     return operation;
 }
 
 /// A row without arguments.
-consteval Operation row(const char* name, Answer answer, Call (*prepare)(const JValue&),
+consteval Operation row(const char* name, Answer answer, Outcome (*call)(std::span<const JValue>),
                         const char* summary)
 {
-    return {name, answer, {}, 0, prepare, summary};
+    return {name, answer, {}, 0, call, summary};
 }
 
-Call prepareDefaultVolume(const JValue&)
+Outcome askDefaultVolume(std::span<const JValue>)
 {
-    return [] { return Outcome{kepClient::getInstance()->getDefaultVolume()}; };
+    return {kepClient::getInstance()->getDefaultVolume()};
 }
 
-Call prepareHeadphoneStatus(const JValue&)
+Outcome askHeadphoneStatus(std::span<const JValue>)
 {
-    return [] {
-        bool connected = false;
-        const unsigned int code = kepClient::getInstance()->getHeadphoneStatus(&connected);
-        return Outcome{code, connected && code == KEP_RESULT_OK};
-    };
+    bool connected = false;
+    const unsigned int code = kepClient::getInstance()->getHeadphoneStatus(&connected);
+    return {code, connected && code == KEP_RESULT_OK};
 }
 
 constexpr Argument kOutput{"soundOutput", ArgumentKind::SoundOutput};
@@ -163,12 +158,12 @@ constexpr Argument kRequest{"request", ArgumentKind::Payload};
 
 // clang-format off
 constexpr Operation kOperations[] = {
-    row("initialize",          Answer::Status, &prepare<&kepClient::initialize>,   "reads the configuration and starts its backend"),
-    row("deinitialize",        Answer::Status, &prepare<&kepClient::deinitialize>, "stops the backend"),
-    row("getDefaultVolume",    Answer::Value,  &prepareDefaultVolume,              "the volume that the configuration recommends to start with"),
+    row("initialize",          Answer::Status, &call<&kepClient::initialize>,   "reads the configuration and starts its backend"),
+    row("deinitialize",        Answer::Status, &call<&kepClient::deinitialize>, "stops the backend"),
+    row("getDefaultVolume",    Answer::Value,  &askDefaultVolume,               "the volume that the configuration recommends to start with"),
     row<&kepClient::connectInput>("connectInput",               Answer::Code,  {kSource, kSink, kPipelineAttribute}, "connects an input to the sound output"),
     row<&kepClient::disconnectInput>("disconnectInput",         Answer::Code,  {kSource, kSink},                     "disconnects an input"),
-    row("getHeadphoneStatus",  Answer::Code,   &prepareHeadphoneStatus,            "whether a headphone is plugged in"),
+    row("getHeadphoneStatus",  Answer::Code,   &askHeadphoneStatus,             "whether a headphone is plugged in"),
     row<&kepClient::removePipelineInfo>("removePipelineInfo",   Answer::Code,  {kPipelineId},                        "forgets a pipeline"),
     row<&kepClient::setSoundOutput>("setSoundOutput",           Answer::Code,  {kOutput},                            "selects the sound output"),
     row<&kepClient::setMute>("setMute",                         Answer::Code,  {kSource, kSink, kMute},              "mutes or unmutes an input"),
@@ -211,7 +206,7 @@ std::span<const Operation> operationRows()
     return kOperations;
 }
 
-const Operation* findOperation(const std::string& name)
+const Operation* findOperation(std::string_view name)
 {
     for (const Operation& operation : kOperations)
         if (name == operation.name)
@@ -226,14 +221,14 @@ const char* typeOf(ArgumentKind kind)
 
 void checkArguments(const Operation& operation, const JsonNode* arguments, std::size_t place)
 {
-    if (arguments != nullptr && !arguments->value.isArray())
+    if (arguments != nullptr && !arguments->isArray())
         throw BadLine(std::string{operation.name} + ": \"args\" must be an array",
                       arguments->begin);
     checkCount(operation, arguments, place);
     for (std::size_t i = 0; i < operation.argumentCount; ++i) {
         const Argument& argument = operation.arguments[i];
         const KindRow& kind = rowOf(argument.kind);
-        if (!kind.fits(arguments->elements[i].value))
+        if (!kind.fits(arguments->elements[i]))
             throw BadLine(std::string{operation.name} + ": argument " + std::to_string(i + 1) +
                               " must be " + kind.type + " (" + argument.name + ")",
                           arguments->elements[i].begin);

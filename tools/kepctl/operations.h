@@ -4,10 +4,10 @@
 #pragma once
 
 #include <array>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "jsonplaces.h"
 #include "jvalue.h"
@@ -17,9 +17,6 @@ struct Outcome {
     JValue result;
     std::optional<bool> connected = {}; // getHeadphoneStatus only
 };
-
-/// A call whose arguments have been checked.
-using Call = std::function<Outcome()>;
 
 /// How a result tells failure from success.
 enum class Answer {
@@ -50,7 +47,7 @@ struct Operation {
     Answer answer;
     std::array<Argument, 3> arguments;
     std::size_t argumentCount;
-    Call (*prepare)(const JValue& arguments); // of checked arguments
+    Outcome (*call)(std::span<const JValue> arguments); // they have been checked
     const char* summary;
 
     [[nodiscard]] std::span<const Argument> takes() const
@@ -61,7 +58,7 @@ struct Operation {
 
 std::span<const Operation> operationRows();
 /// Null for an unknown name.
-const Operation* findOperation(const std::string& name);
+const Operation* findOperation(std::string_view name);
 
 /// "string", "true or false", "whole number from 0 to 255", "any JSON value".
 const char* typeOf(ArgumentKind kind);

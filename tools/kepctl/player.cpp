@@ -7,15 +7,19 @@
 #include <cstring>
 #include <iostream>
 #include <optional>
+#include <utility>
 
 #include "badline.h"
 #include "output.h"
-#include "scriptline.h"
 
-void Player::play(const Script& script)
+void Player::play(Script& script)
 {
-    for (std::size_t i = 0; i < script.lines.size(); ++i)
-        playLine(script.lines[i], script.name + ":" + std::to_string(i + 1));
+    for (std::size_t i = 0; i < script.lines.size(); ++i) {
+        if (i < script.checked.size() && !script.checked[i].members.empty())
+            play(std::exchange(script.checked[i], {})); // it needs its memory no more
+        else
+            playLine(script.lines[i], originOf(script, i));
+    }
 }
 
 bool Player::playInput()
@@ -40,31 +44,31 @@ bool Player::playInput()
 
 void Player::playLine(const std::string& line, const std::string& origin)
 {
-    if (isSkipped(line)) {
-        if (line.starts_with('#'))
-            mTrace.comment(line);
-        return;
-    }
-    const ScriptLine parsed = parseScriptLine(line, origin);
+    if (!isSkipped(line))
+        play(parseScriptLine(line, origin));
+    else if (line.starts_with('#'))
+        mTrace.comment(line);
+}
+
+void Player::play(const ScriptLine& line)
+{
     std::optional<output::Held> held;
-    if (mHolds && parsed.operation != nullptr)
+    if (mHolds && line.operation != nullptr)
         held.emplace();
-    JValue request = JValue::object();
-    request.put("event", "request");
-    for (const auto& [key, value] : parsed.request.members())
-        static_cast<void>(request.put(key, value)); // as deep as it was parsed
+    Event request{"request"};
+    for (const auto& [key, json] : line.members)
+        request.put(key, Event::Json{json});
     mTrace.add(request);
 
-    const std::optional<Outcome> outcome = parsed.run();
+    const std::optional<Outcome> outcome = line.run();
     if (!outcome)
         return;
-    JValue result = JValue::object();
-    result.put("event", "result");
-    result.put("call", parsed.operation->name);
-    static_cast<void>(result.put("result", outcome->result)); // what can be answered can be wrapped
+    Event result{"result"};
+    result.put("call", line.operation->name);
+    result.put("result", outcome->result);
     if (outcome->connected)
         result.put("connected", *outcome->connected);
     mTrace.add(result);
-    mHints.tell(*parsed.operation, parsed.request["args"], *outcome, mTrace.happened());
-    mAnyFailure = mAnyFailure || failed(*parsed.operation, outcome->result);
+    mHints.tell(*line.operation, line.arguments, *outcome, mTrace.happened());
+    mAnyFailure = mAnyFailure || failed(*line.operation, outcome->result);
 }

@@ -17,8 +17,8 @@ public:
     {
     }
 
-    /// Plays a script that has been checked.
-    void play(const Script& script);
+    /// Plays a script that has been checked, and forgets what was kept of the check.
+    void play(Script& script);
     /// Plays standard input line by line. False when it could not be read or held a bad line: that
     /// is told on standard error, and nothing after it is run.
     bool playInput();
@@ -31,6 +31,8 @@ public:
     [[nodiscard]] bool anyFailure() const { return mAnyFailure; }
 
 private:
+    void play(const ScriptLine& line);
+
     Trace& mTrace;
     Hints mHints;
     const bool mHolds; // the events of a call until it ends; text shares a terminal with hints

@@ -2,20 +2,22 @@
 // Script files: read and checked whole.
 #include "script.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <utility>
 
 #include "badline.h"
 #include "output.h"
-#include "scriptline.h"
 
 namespace
 {
 
+constexpr std::size_t kMostKept = 10'000; // checked lines: each takes about 1 kB
 constexpr int kMistakesTold = 20; // after a wrong start, such as indented JSON, every line is bad
 
 bool tellUnreadable(const std::string& path, int reason)
@@ -53,14 +55,17 @@ bool readInput(Script& script)
            tellUnreadable(kInputName, errno != 0 ? errno : EIO);
 }
 
-bool checkScript(const Script& script)
+bool checkScript(Script& script)
 {
     int mistakes = 0;
+    script.checked.resize(std::min(script.lines.size(), kMostKept));
     for (std::size_t i = 0; i < script.lines.size(); ++i) {
         if (isSkipped(script.lines[i]))
             continue;
         try {
-            parseScriptLine(script.lines[i]);
+            ScriptLine line = parseScriptLine(script.lines[i], originOf(script, i));
+            if (i < script.checked.size())
+                script.checked[i] = std::move(line);
         } catch (const BadLine& mistake) {
             if (++mistakes <= kMistakesTold)
                 tellMistake(mistake, script.name, i + 1, script.lines[i]);
@@ -70,6 +75,11 @@ bool checkScript(const Script& script)
         std::cerr << "kepctl: " << script.name << ": " << mistakes - kMistakesTold
                   << " more bad lines\n";
     return mistakes == 0;
+}
+
+std::string originOf(const Script& script, std::size_t index)
+{
+    return script.name + ":" + std::to_string(index + 1);
 }
 
 bool isSkipped(const std::string& line)

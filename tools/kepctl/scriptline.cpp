@@ -24,7 +24,7 @@ using Step = std::function<void()>;
 
 Step prepareWait(const JsonNode& node, const std::string&)
 {
-    const auto milliseconds = static_cast<unsigned int>(node.value.asNumber<std::int32_t>());
+    const auto milliseconds = static_cast<unsigned int>(node.value().asNumber<std::int32_t>());
     return [milliseconds] { runMainLoop(milliseconds); };
 }
 
@@ -40,15 +40,15 @@ std::vector<std::string> texts(const JValue& value)
 
 Step setLogLevelTo(const JsonNode& node)
 {
-    const auto level = node.value.asNumber<std::int32_t>();
+    const auto level = node.value().asNumber<std::int32_t>();
     return [level] { admitLogLevel(level); };
 }
 
 Step setGpio(const JsonNode& node)
 {
     std::vector<std::pair<std::string, int>> levels;
-    for (const auto& [line, level] : node.value.members())
-        levels.emplace_back(line, level.asNumber<std::int32_t>());
+    for (const JsonMember& member : node.members)
+        levels.emplace_back(member.key, member.node.value().asNumber<std::int32_t>());
     return [levels] {
         for (const auto& [line, level] : levels)
             virtualtv::setLineLevel(line, level);
@@ -57,14 +57,14 @@ Step setGpio(const JsonNode& node)
 
 Step setGainValue(const JsonNode& node)
 {
-    const std::string gain = node.value.asString();
+    const std::string gain = node.asString();
     return [gain] { virtualtv::setGainValue(gain); };
 }
 
 Step setAmplifierState(const JsonNode& node)
 {
     checkObject(node, ObjectForm::AmplifierState, "\"amplifierState\"");
-    const JValue given = node.value;
+    const JValue given = node.value();
     return [given] {
         virtualtv::AmplifierState state = virtualtv::amplifierState();
         if (given.hasKey("type"))
@@ -77,7 +77,7 @@ Step setAmplifierState(const JsonNode& node)
 
 Step setI2cData(const JsonNode& node)
 {
-    const std::vector<std::string> data = texts(node.value);
+    const std::vector<std::string> data = texts(node.value());
     return [data] { virtualtv::setI2cData(data); };
 }
 
@@ -118,15 +118,15 @@ const virtualtv::FaultStage& stageOf(const JValue& injection)
 virtualtv::Injection controlInjection(const JsonNode& node)
 {
     checkMembers(node, ObjectForm::CardFault, "\"inject\"");
-    const virtualtv::FaultStage& stage = stageOf(node.value);
+    const virtualtv::FaultStage& stage = stageOf(node.value());
     const JsonNode* control = node.find("control");
     if (stage.ofAnElement && control == nullptr)
         throw BadLine("\"inject\" lacks \"control\", \"middleware\", \"gpio\" or \"subcpu\"",
                       node.begin);
     requireKeys(node, ObjectForm::CardFault, "\"inject\"");
     return {stage.point,
-            stage.ofAnElement ? control->value.asString() : "*",
-            node.value["card"].asString(),
+            stage.ofAnElement ? control->asString() : "*",
+            node.value()["card"].asString(),
             0,
             std::nullopt,
             0};
@@ -153,7 +153,7 @@ virtualtv::Injection targetInjection(const JsonNode& node)
         if (target == nullptr)
             continue;
         checkObject(node, formOf(point), "\"inject\"");
-        return {point, target->value.asString(), "", 0, std::nullopt, 0};
+        return {point, target->asString(), "", 0, std::nullopt, 0};
     }
     return controlInjection(node);
 }
@@ -161,10 +161,11 @@ virtualtv::Injection targetInjection(const JsonNode& node)
 Step prepareInject(const JsonNode& node, const std::string& origin)
 {
     virtualtv::Injection injection = targetInjection(node);
-    injection.status = node.value["status"].asNumber<std::int32_t>();
-    if (node.value.hasKey("times"))
-        injection.times = static_cast<unsigned int>(node.value["times"].asNumber<std::int32_t>());
-    injection.delayMs = static_cast<unsigned int>(node.value["delayMs"].asNumber<std::int32_t>());
+    const JValue given = node.value();
+    injection.status = given["status"].asNumber<std::int32_t>();
+    if (given.hasKey("times"))
+        injection.times = static_cast<unsigned int>(given["times"].asNumber<std::int32_t>());
+    injection.delayMs = static_cast<unsigned int>(given["delayMs"].asNumber<std::int32_t>());
     injection.origin = origin;
     return [injection] { virtualtv::inject(injection); };
 }
@@ -189,13 +190,27 @@ constexpr Action kActions[] = {
     {"clear", &prepareClear},
 };
 
+std::vector<std::pair<std::string, std::string>> membersOf(const JsonNode& line)
+{
+    std::vector<std::pair<std::string, std::string>> all;
+    all.reserve(line.members.size());
+    for (const JsonMember& member : line.members)
+        all.emplace_back(member.key, member.node.json());
+    return all;
+}
+
 ScriptLine prepareCall(const JsonNode& line)
 {
     checkObject(line, ObjectForm::CallLine, "the line");
     const JsonNode* name = line.find("call");
-    const Operation* operation = findOperation(name->value.asString());
-    checkArguments(*operation, line.find("args"), name->begin);
-    return {line.value, operation, operation->prepare(line.value["args"])};
+    const Operation* operation = findOperation(name->asString());
+    const JsonNode* given = line.find("args");
+    checkArguments(*operation, given, name->begin);
+    std::vector<JValue> arguments;
+    arguments.reserve(operation->argumentCount);
+    for (std::size_t i = 0; i < operation->argumentCount; ++i)
+        arguments.push_back(given->elements[i].value());
+    return {membersOf(line), operation, std::move(arguments), {}};
 }
 
 /// A key that no kind of line has: it may be a word that belongs further inside.
@@ -224,10 +239,18 @@ const LineKind& kindOf(const JsonNode& line)
 
 } // namespace
 
+std::optional<Outcome> ScriptLine::run() const
+{
+    if (operation != nullptr)
+        return operation->call(arguments);
+    step();
+    return std::nullopt;
+}
+
 ScriptLine parseScriptLine(const std::string& line, const std::string& origin)
 {
     const JsonNode request = parseJsonLine(line);
-    if (!request.value.isObject() || request.members.empty())
+    if (!request.isObject() || request.members.empty())
         throw BadLine("a line must be an object with something to do", request.begin,
                       std::string{"for example "} + lineExamples().front().line);
     const LineKind& kind = kindOf(request);
@@ -240,9 +263,5 @@ ScriptLine parseScriptLine(const std::string& line, const std::string& origin)
     const Action& action =
         *std::find_if(std::begin(kActions), std::end(kActions),
                       [&](const Action& row) { return request.members.front().key == row.key; });
-    const Step step = action.prepare(request.members.front().node, origin);
-    return {request.value, nullptr, [step]() -> std::optional<Outcome> {
-                step();
-                return std::nullopt;
-            }};
+    return {membersOf(request), nullptr, {}, action.prepare(request.members.front().node, origin)};
 }

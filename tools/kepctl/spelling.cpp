@@ -39,8 +39,18 @@ Names namesOf(const kepNames& names)
 const kepSoundOutput* findOutput(const std::string& name)
 {
     for (const kepSoundOutput& output : kepCatalogue::soundOutputs())
-        if (isOneOf(name, namesOf(output.names)))
+        if (std::find(output.names.begin(), output.names.end(), name) != output.names.end())
             return &output;
+    return nullptr;
+}
+
+const kepInputSource* findSource(const std::string& source, const std::string& sink = "")
+{
+    for (const kepInputSource& input : kepCatalogue::inputSources())
+        if (source == input.source &&
+            (sink.empty() ||
+             std::find(input.sinks.begin(), input.sinks.end(), sink) != input.sinks.end()))
+            return &input;
     return nullptr;
 }
 
@@ -61,14 +71,16 @@ std::string checkOutput(const std::string& operation, const std::string& name)
 
 std::string checkSource(const std::string& source)
 {
-    if (isOneOf(source, names::sources()))
+    if (findSource(source) != nullptr)
         return "";
     return withHint("there is no source " + quoted(source), source, names::sources(), "sources");
 }
 
 std::string checkSink(const std::string& source, const std::string& sink)
 {
-    const bool knownSource = isOneOf(source, names::sources());
+    if (!sink.empty() && findSource(source, sink) != nullptr)
+        return "";
+    const bool knownSource = findSource(source) != nullptr;
     const Names known = names::sinks(knownSource ? source : "");
     if (isOneOf(sink, known))
         return "";
@@ -206,13 +218,13 @@ void checkQuality(const JValue& attribute, Names& sentences)
 
 } // namespace
 
-Names misnamed(const Operation& operation, const JValue& arguments)
+Names misnamed(const Operation& operation, std::span<const JValue> arguments)
 {
     Names sentences;
     const std::string name = operation.name;
     std::string before; // the text argument before this one: the source of a sink, a category
     for (std::size_t i = 0; i < operation.argumentCount; ++i) {
-        const JValue argument = arguments[i];
+        const JValue& argument = arguments[i];
         switch (operation.arguments[i].kind) {
         case ArgumentKind::SoundOutput:
             sentences.push_back(checkOutput(name, argument.asString()));

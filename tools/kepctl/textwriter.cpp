@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The text format: a request a block, its effects indented under it, failures standing out.
 #include <climits>
+#include <cstdint>
 #include <cstring>
-#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "loglevels.h"
 #include "operations.h"
@@ -53,106 +55,131 @@ std::string effect(const std::string& where, const std::string& what)
     return "    " + padded(where, kWhereWidth) + what;
 }
 
-std::string joined(const JValue& values, const char* separator)
+/// The elements of an array, given as JSON text, with another separator.
+std::string joined(std::string_view array, const char* separator)
 {
     std::string all;
-    for (const JValue& value : values.elements())
-        all += (all.empty() ? "" : separator) + value.stringify();
+    int depth = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < array.size(); ++i) {
+        const char letter = array[i];
+        if (inString && letter == '\\')
+            all += array[i++];
+        else if (letter == '"')
+            inString = !inString;
+        else if (!inString && (letter == ']' || letter == '}'))
+            --depth;
+        if (!inString && letter == ',' && depth == 1)
+            all += separator;
+        else if (depth > 0)
+            all += array[i];
+        if (!inString && (letter == '[' || letter == '{'))
+            ++depth;
+    }
     return all;
 }
 
 /// " failed: Input/output error" for a negative errno, " failed: 3" for another status, "" for
 /// success.
-std::string failure(const JValue& status)
+std::string failure(std::int64_t status)
 {
-    const auto code = status.asNumber<std::int32_t>();
+    const auto code = static_cast<int>(status);
     if (code == 0)
         return "";
     return code < 0 && code != INT_MIN ? std::string{"  failed: "} + strerror(-code)
                                        : "  failed: " + std::to_string(code);
 }
 
-Line withStatus(std::string text, const JValue& event)
+Line withStatus(std::string text, const Event& event)
 {
-    const std::string reason = failure(event["status"]);
-    return {text + reason, reason.empty() ? Look::Plain : Look::Bad};
+    const std::string reason = failure(event.number("status"));
+    return {std::move(text) + reason, reason.empty() ? Look::Plain : Look::Bad};
+}
+
+std::string unquoted(const std::string& name)
+{
+    return name.size() < 2 ? name : name.substr(1, name.size() - 2);
 }
 
 // --- One function an event
 
-Line describeRequest(const JValue& event)
+Line describeRequest(const Event& event)
 {
     std::string text;
-    if (event.hasKey("call"))
-        text = event["call"].asString() + "(" + joined(event["args"], ", ") + ")";
+    if (event.has("call"))
+        text = unquoted(event.json("call")) + "(" + joined(event.json("args"), ", ") + ")";
     else
-        for (const auto& [key, value] : event.members())
+        for (const auto& [key, value] : event.fields())
             if (key != "event" && key != "ms")
-                text += key + " " + value.stringify();
+                text += std::string{key} + " " + event.json(key);
     return {text, Look::Bold, kRequestIndent, /*opensBlock=*/true};
 }
 
-Line describeLog(const JValue& event)
+Line describeLog(const Event& event)
 {
-    const auto level = event["level"].asNumber<std::int32_t>();
-    std::string text = event["text"].asString();
+    const auto level = static_cast<int>(event.number("level"));
+    std::string text{event.text("text")};
     text.erase(text.find_last_not_of(" \n") + 1);
-    const std::string id = event["id"].asString();
+    const std::string id{event.text("id")};
     const Look look = level <= kLogError     ? Look::Bad
                       : level <= kLogWarning ? Look::Warning
                                              : Look::Dim;
     return {effect(logLevelName(level), (id.empty() ? "" : id + "  ") + text), look};
 }
 
-Line describeControl(const JValue& event)
+Line describeControl(const Event& event)
 {
-    const std::string card = event["card"].asString();
-    if (event.hasKey("stage"))
-        return withStatus(effect(card, event["stage"].asString()), event);
-    const std::string element = event["element"].asString();
-    const std::string values = joined(event["values"], " ");
-    const std::string write = event.hasKey("meaning")
-                                  ? event["meaning"].asString() + "  (" + values + ")"
-                                  : element + " = " + values;
+    const std::string card{event.text("card")};
+    if (event.has("stage"))
+        return withStatus(effect(card, std::string{event.text("stage")}), event);
+    const std::string values = joined(event.json("values"), " ");
+    const std::string write = event.has("meaning")
+                                  ? std::string{event.text("meaning")} + "  (" + values + ")"
+                                  : std::string{event.text("element")} + " = " + values;
     return withStatus(effect(card, write), event);
 }
 
-Line describeMiddleware(const JValue& event)
+std::string describeOperation(const Event& event)
 {
-    std::string text = event["operation"].asString() + "(" + joined(event["args"], ", ") + ")";
-    if (event.hasKey("returned"))
-        text += " = " + event["returned"].stringify();
-    return withStatus(effect(event["library"].asString(), text), event);
+    return std::string{event.text("operation")} + "(" + joined(event.json("args"), ", ") + ")";
 }
 
-Line describeGpio(const JValue& event)
+Line describeMiddleware(const Event& event)
+{
+    std::string text = describeOperation(event);
+    if (event.has("returned"))
+        text += " = " + event.json("returned");
+    return withStatus(effect(std::string{event.text("library")}, text), event);
+}
+
+Line describeGpio(const Event& event)
 {
     return withStatus(
-        effect("gpio", event["line"].asString() + " is " + event["level"].stringify()), event);
+        effect("gpio", std::string{event.text("line")} + " is " + event.json("level")), event);
 }
 
-Line describeSubcpu(const JValue& event)
+Line describeSubcpu(const Event& event)
 {
-    return withStatus(
-        effect("subcpu", event["operation"].asString() + "(" + joined(event["args"], ", ") + ")"),
-        event);
+    return withStatus(effect("subcpu", describeOperation(event)), event);
 }
 
-Line describeResult(const JValue& event)
+Line describeResult(const Event& event)
 {
-    const Operation* operation = findOperation(event["call"].asString());
-    const bool bad = operation != nullptr && failed(*operation, event["result"]);
-    std::string text = "  = " + event["result"].stringify();
-    const std::string words = operation != nullptr ? resultWords(*operation, event["result"]) : "";
+    const Operation* operation = findOperation(event.text("call"));
+    const JValue* result = event.value("result");
+    const bool known = operation != nullptr && result != nullptr;
+    const bool bad = known && failed(*operation, *result);
+    std::string text = "  = " + event.json("result");
+    const std::string words = known ? resultWords(*operation, *result) : "";
     text += (words.empty() ? "" : " ") + words;
-    if (event.hasKey("connected"))
-        text += event["connected"].asBool() ? ", connected" : ", not connected";
+    if (event.has("connected"))
+        text += event.json("connected") == "true" ? ", connected" : ", not connected";
     return {text, bad ? Look::Bad : Look::Good, kRequestIndent};
 }
 
 struct Row {
     const char* event;
-    Line (*describe)(const JValue& event);
+    Line (*describe)(const Event& event);
 };
 constexpr Row kRows[] = {
     {"request", &describeRequest},       {"log", &describeLog},   {"control", &describeControl},
@@ -165,16 +192,15 @@ class TextWriter : public EventWriter
 public:
     explicit TextWriter(const TextStyle& style) : mStyle(style) {}
 
-    void write(const JValue& event) override
+    void write(const Event& event) override
     {
-        const std::string kind = event["event"].asString();
         for (const Row& row : kRows) {
-            if (kind != row.event)
+            if (event.kind() != row.event)
                 continue;
             Line line = row.describe(event);
-            if (event.hasKey("thread"))
-                line.text += "  [" + event["thread"].asString() + "]";
-            print(line, event.hasKey("ms") ? event["ms"].stringify() : "");
+            if (event.has("thread"))
+                line.text += "  [" + std::string{event.text("thread")} + "]";
+            print(line, event.has("ms") ? event.json("ms") : "");
         }
         mInComment = false;
     }

@@ -12,22 +12,24 @@ namespace
 class JsonLinesWriter : public EventWriter
 {
 public:
-    void write(const JValue& event) override { output::print(event.stringify() + "\n"); }
+    void write(const Event& event) override
+    {
+        mLine.clear();
+        event.appendTo(mLine);
+        mLine += '\n';
+        output::print(mLine);
+    }
+
+private:
+    std::string mLine; // kept for its memory
 };
 
-JValue logEvent(const LogMessage& message)
+JValue objectOf(std::span<const LogPair> pairs)
 {
-    JValue event = JValue::object();
-    event.put("event", "log");
-    event.put("level", message.level);
-    event.put("id", message.id);
-    event.put("text", message.text);
-    JValue pairs = JValue::object();
-    for (std::size_t i = 0; i < message.pairCount; ++i)
-        static_cast<void>(pairs.put(message.pairs[i].key, message.pairs[i].value)); // no NUL inside
-    if (pairs.size() > 0)
-        static_cast<void>(event.put("pairs", pairs));
-    return event;
+    JValue object = JValue::object();
+    for (const auto& [key, value] : pairs)
+        static_cast<void>(object.put(key, value)); // no NUL inside
+    return object;
 }
 
 } // namespace
@@ -39,11 +41,24 @@ std::unique_ptr<EventWriter> makeJsonLinesWriter()
 
 Trace::Trace(std::unique_ptr<EventWriter> writer) : mWriter(std::move(writer))
 {
-    LogSetSink([this](const LogMessage& message) { add(logEvent(message)); });
-    virtualtv::listen([this](const JValue& event) { add(event); });
+    LogSetSink([this](const LogMessage& message) { add(message); });
+    virtualtv::listenDirectly([this](const Event& event) { add(event); });
 }
 
-void Trace::add(JValue event)
+void Trace::add(const LogMessage& message)
+{
+    Event event{"log"};
+    event.put("level", message.level);
+    event.put("id", message.id);
+    event.put("text", message.text);
+    if (message.pairCount == 0)
+        return add(event);
+    const JValue pairs = objectOf({message.pairs, message.pairCount});
+    event.put("pairs", pairs);
+    add(event);
+}
+
+void Trace::add(Event event)
 {
     if (std::this_thread::get_id() != mMainThread)
         event.put("thread", "worker");
@@ -52,19 +67,17 @@ void Trace::add(JValue event)
     mWriter->write(event);
 }
 
-void Trace::watch(const JValue& event)
+void Trace::watch(const Event& event)
 {
-    const std::string kind = event["event"].asString();
+    const std::string_view kind = event.kind();
     if (kind == "request")
         mHappened = {};
     if (kind == "request" || kind == "result")
         return;
     mHappened.anything = true;
     mHappened.errorLogged =
-        mHappened.errorLogged ||
-        (kind == "log" && event["level"].asNumber<std::int32_t>() <= kLogWarning);
-    mHappened.failedAccess =
-        mHappened.failedAccess || event["status"].asNumber<std::int32_t>() != 0;
+        mHappened.errorLogged || (kind == "log" && event.number("level") <= kLogWarning);
+    mHappened.failedAccess = mHappened.failedAccess || event.number("status") != 0;
 }
 
 Happened Trace::happened() const

@@ -7,14 +7,17 @@
 #include <string>
 #include <thread>
 
-#include "jvalue.h"
+#include "event.h"
+#include "platformlog.h"
+
+using virtualtv::Event;
 
 /// How events are written. Called for one event at a time.
 class EventWriter
 {
 public:
     virtual ~EventWriter() = default;
-    virtual void write(const JValue& event) = 0;
+    virtual void write(const Event& event) = 0;
     /// A comment of the script, for those who read along.
     virtual void comment(const std::string&) {}
 };
@@ -43,12 +46,13 @@ class Trace
 public:
     explicit Trace(std::unique_ptr<EventWriter> writer);
 
-    void add(JValue event);
+    void add(Event event);
     void comment(const std::string& text);
     [[nodiscard]] Happened happened() const;
 
 private:
-    void watch(const JValue& event);
+    void add(const LogMessage& message);
+    void watch(const Event& event);
 
     mutable std::mutex mGuard;
     Happened mHappened;

@@ -16,6 +16,7 @@
 
 #include "cards.h"
 #include "cardstate.h"
+#include "event.h"
 #include "faults.h"
 #include "journal.h"
 #include "subscription.h"
@@ -57,8 +58,7 @@ int faultAt(FaultPoint point, const char* stage, const std::string& element,
 {
     const int status = injectedStatus(point, element, card);
     if (status < 0 && listening()) {
-        JValue event = JValue::object();
-        event.put("event", "control");
+        Event event{"control"};
         event.put("card", card);
         event.put("stage", stage);
         event.put("status", status);
@@ -72,14 +72,13 @@ void reportWrite(const std::string& card, const Element& element, const Value* v
 {
     if (!listening())
         return;
-    JValue event = JValue::object();
-    event.put("event", "control");
+    std::int64_t written[kMaxValues]; // never filled whole: most elements have few values
+    std::copy_n(values, element.count, written);
+    Event event{"control"};
     event.put("card", card);
     event.put("element", element.name);
-    JValue written = JValue::array();
-    for (int i = 0; i < element.count; ++i)
-        written.append(values[i]);
-    static_cast<void>(event.put("values", written));
+    event.put("values",
+              std::span<const std::int64_t>{written, static_cast<std::size_t>(element.count)});
     event.put("status", status);
     report(event);
 }

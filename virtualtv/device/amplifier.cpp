@@ -82,8 +82,9 @@ int MWLAmplifier::getAmpState(std::string* type, std::vector<std::string>* state
         JValue returned = JValue::object();
         returned.put("type", state.type);
         static_cast<void>(returned.put("states", virtualtv::toJson(state.states)));
-        JValue event = virtualtv::middlewareEvent("amplifier.getAmpState");
-        static_cast<void>(event.put("returned", returned));
+        const JValue given = virtualtv::listOf();
+        virtualtv::Event event = virtualtv::middlewareEvent("amplifier.getAmpState", given);
+        event.put("returned", returned);
         event.put("status", status);
         virtualtv::report(event);
     }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "devicenames.h"
+#include "event.h"
 #include "faults.h"
 #include "journal.h"
 #include "mwlparams.h"
@@ -49,19 +50,23 @@ inline JValue toJson(const MwlParams& parameters)
     return object;
 }
 
-/// The event of a call of `operation`, "library.operation", without its outcome.
 template <typename... Arguments>
-JValue middlewareEvent(MiddlewareName name, const Arguments&... arguments)
+JValue listOf(const Arguments&... arguments)
+{
+    JValue values = JValue::array();
+    (static_cast<void>(values.append(toJson(arguments))), ...); // two levels at most
+    return values;
+}
+
+/// The event of a call of `operation`, "library.operation", without its outcome.
+inline Event middlewareEvent(MiddlewareName name, const JValue& arguments)
 {
     const std::string_view operation = name;
     const std::size_t dot = operation.find('.');
-    JValue values = JValue::array();
-    (static_cast<void>(values.append(toJson(arguments))), ...); // two levels at most
-    JValue event = JValue::object();
-    event.put("event", "middleware");
+    Event event{"middleware"};
     event.put("library", operation.substr(0, dot));
     event.put("operation", operation.substr(dot + 1));
-    static_cast<void>(event.put("args", values));
+    event.put("args", arguments);
     return event;
 }
 
@@ -71,7 +76,8 @@ int answer(MiddlewareName operation, const Arguments&... arguments)
 {
     const int status = injectedStatus(FaultPoint::Middleware, operation);
     if (listening()) {
-        JValue event = middlewareEvent(operation, arguments...);
+        const JValue given = listOf(arguments...);
+        Event event = middlewareEvent(operation, given);
         event.put("status", status);
         report(event);
     }
@@ -84,8 +90,10 @@ Returned answerQuery(MiddlewareName operation, Returned returned, const Argument
 {
     injectedStatus(FaultPoint::Middleware, operation);
     if (listening()) {
-        JValue event = middlewareEvent(operation, arguments...);
-        static_cast<void>(event.put("returned", toJson(returned)));
+        const JValue given = listOf(arguments...);
+        const JValue answered = toJson(returned);
+        Event event = middlewareEvent(operation, given);
+        event.put("returned", answered);
         report(event);
     }
     return returned;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Stands for the GPIO library and that of the sub-microcontroller.
 #include "devicenames.h"
+#include "event.h"
 #include "faults.h"
 #include "hwiogpio.h"
 #include "journal.h"
@@ -15,8 +16,7 @@ int HWIO_GPIO_ReadInputPort(const char* line, std::uint8_t* level)
     const int current = virtualtv::lineLevel(line);
     *level = static_cast<std::uint8_t>(current);
     if (virtualtv::listening()) {
-        JValue event = JValue::object();
-        event.put("event", "gpio");
+        virtualtv::Event event{"gpio"};
         event.put("line", line);
         event.put("level", current);
         event.put("status", status);
@@ -32,10 +32,9 @@ int subcpu_misc_Set_HPMuteOnOff(bool mute)
     if (virtualtv::listening()) {
         JValue arguments = JValue::array();
         arguments.append(mute);
-        JValue event = JValue::object();
-        event.put("event", "subcpu");
+        virtualtv::Event event{"subcpu"};
         event.put("operation", kOperation);
-        static_cast<void>(event.put("args", arguments));
+        event.put("args", arguments);
         event.put("status", status);
         virtualtv::report(event);
     }
