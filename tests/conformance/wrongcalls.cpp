@@ -10,6 +10,7 @@
 
 #include <alsa/asoundlib.h>
 
+#include "mwldelay.h"
 #include "platformlog.h"
 
 bool gForgetWrites = false;
@@ -17,6 +18,10 @@ bool gNoLevelFilledIn = false;
 bool gDropLog = false;
 bool gDropPairs = false;
 bool gLeaveNoLineOut = false;
+bool gLogTwice = false;
+bool gOtherLogId = false;
+bool gOtherLogText = false;
+bool gNoDelay = false;
 bool gThrow = false;
 
 namespace
@@ -63,8 +68,14 @@ void LogMsgPrefixed(LogContext* context, int level, const char* id, const LogPai
         return;
     if (gLeaveNoLineOut)
         LogSetLevel(context, kLogDebug);
-    next<decltype(LogMsgPrefixed)>("LogMsgPrefixed")(
-        context, level, id, pairs, gDropPairs ? 0 : pairCount, prefix, format, arguments);
+    for (int times = gLogTwice ? 2 : 1; times > 0; --times) {
+        va_list again;
+        va_copy(again, arguments);
+        next<decltype(LogMsgPrefixed)>("LogMsgPrefixed")(
+            context, level, gOtherLogId ? "OTHER" : id, pairs, gDropPairs ? 0 : pairCount,
+            gOtherLogText ? "otherwise, " : prefix, format, again);
+        va_end(again);
+    }
 }
 
 void LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pairs,
@@ -75,4 +86,9 @@ void LogMsgKV(LogContext* context, int level, const char* id, const LogPair* pai
     LogMsgPrefixed(context, level, id, pairs, pairCount, "", format, arguments);
     va_end(arguments);
 }
+}
+
+mwl_delay::MWLDelay* mwl_delay::MWLDelay::getInstance()
+{
+    return gNoDelay ? nullptr : next<MWLDelay*()>("_ZN9mwl_delay8MWLDelay11getInstanceEv")();
 }
