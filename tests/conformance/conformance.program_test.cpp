@@ -68,7 +68,7 @@ TEST_F(Conformance, AFaultCanBeLateOrUsedUp)
            1);
     EXPECT_THAT(failures(program({"--tap", "--limit", "200", "middleware"})),
                 testing::Contains(testing::ContainsRegex(
-                    "gain.getGainAsInput answers: it took [3-9][0-9]* ms, more than the 200")));
+                    "gain.getGainAsInput answers: it took [0-9]+ ms, more than the 200")));
     file("faults", R"({"inject": {"gpio": "GPIO_RD_HP_LINK", "status": 0, "times": 1}})"
                    "\n"
                    R"({"inject": {"gpio": "GPIO_RD_HP_LINK", "status": 3}})");

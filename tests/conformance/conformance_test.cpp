@@ -216,7 +216,7 @@ TEST_F(Conformance, AnElementThatIsSlow)
                                 [] { plant(FaultPoint::CardWrite, "Sndout ARC OnOff", 0, 300); });
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(failures(outcome), testing::Contains(testing::ContainsRegex(
-                                       "\"Sndout ARC OnOff\" can be written: it took 3[0-9]* ms, "
+                                       "\"Sndout ARC OnOff\" can be written: it took [0-9]+ ms, "
                                        "more than the 200 of --limit")));
 }
 
@@ -229,7 +229,7 @@ TEST_F(Conformance, ACardThatIsSlow)
     EXPECT_EQ(outcome.status, 1);
     const auto took = [](const std::string& claim) {
         return testing::Contains(
-            testing::ContainsRegex(claim + ": it took [3-9][0-9]* ms, more than the 200 of"));
+            testing::ContainsRegex(claim + ": it took [0-9]+ ms, more than the 200 of"));
     };
     EXPECT_THAT(failures(outcome), AllOf(took("the card can be opened"),
                                          took("\"Mute Input\" is there and takes 3 integers")));
@@ -300,7 +300,7 @@ TEST_F(Conformance, MiddlewareThatIsSlow)
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(failures(outcome),
                 testing::Contains(testing::ContainsRegex(
-                    "gain.getGainAsInput answers: it took 3[0-9]* ms, more than the 200")));
+                    "gain.getGainAsInput answers: it took [0-9]+ ms, more than the 200")));
 }
 
 TEST_F(Conformance, MiddlewareThatHangs)
@@ -444,10 +444,9 @@ TEST_F(Conformance, ARequestThatIsSlow)
     const Outcome outcome = tap({"--audible", "--limit", "200", "requests"},
                                 [] { plant(FaultPoint::CardWrite, "Mute Input", 0, 300); });
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(
-        failures(outcome),
-        testing::Contains(testing::ContainsRegex(
-            "setMute mutes the film: it took [3-9][0-9]* ms, more than the 200 of --limit")));
+    EXPECT_THAT(failures(outcome),
+                testing::Contains(testing::ContainsRegex(
+                    "setMute mutes the film: it took [0-9]+ ms, more than the 200 of --limit")));
 }
 
 TEST_F(Conformance, ARequestThatHangs)
