@@ -57,4 +57,8 @@ lib=$(dirname "$(find "$root/usr/lib" -name libkep.so.0)")
     quietly "$root/usr/share/kep/demo/play" "$root/usr/bin/kepctl"
 )
 sh "$source/tests/package/outside.sh" cmake --installed "$root/usr"
+
+# --- The sources of the package are enough for a port.
+tar -xf "$root"/usr/src/kep-*.tar.gz -C "$work"
+(cd "$work"/kep-*/ && quietly cmake -S . -B "$work/port" -DKEP_PLATFORM=examples/port/veltora.cmake)
 echo "packages in $folder"

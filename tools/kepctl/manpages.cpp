@@ -333,8 +333,14 @@ std::string libraryPage()
            section("ENVIRONMENT") +
            listOf(item("Ev KEP_CONFIG_DIR", sentence(meaningOf("KEP_CONFIG_DIR")))) +
            section("FILES") +
-           listOf(item(std::string{"Pa "} + kepCatalogue::build().configurationFolder,
-                       prose("The configuration files."))) +
+           listOf(
+               item(std::string{"Pa "} + kepCatalogue::build().configurationFolder,
+                    prose("The configuration files.")) +
+               item("Pa share/doc/kep/examples",
+                    prose("Below the prefix: services, a port, configurations.")) +
+               item("Pa share/doc/kep/html/index.html",
+                    prose("Below the prefix, where it was made: the reference and all pages, that "
+                          "of the virtual television among them."))) +
            section("EXAMPLES") +
            displayAll("kepClient* audio = kepClient::getInstance();\n"
                       "if (audio->initialize() != KEP_STATUS_OK)\n"
