@@ -9,6 +9,7 @@ get_filename_component(platform_name "${platform_file}" NAME_WE)
 # kep_platform_mistakes(LINE...): ends the configuration with a line for each mistake.
 function(kep_platform_mistakes)
     list(JOIN ARGN "\n  " lines)
+    string(REPLACE "<semicolon>" ";" lines "${lines}")
     message(FATAL_ERROR "The platform file ${platform_file} is not usable:\n  ${lines}")
 endfunction()
 
@@ -68,12 +69,16 @@ if(KEP_PLATFORM_LINKS)
 endif()
 
 # --- What the compiler and the linker said, as a line for each mistake
+string(REPLACE ";" "<semicolon>" said "${said}") # no list
 # As g++ puts it, and clang++.
 string(REGEX MATCHALL "fatal error: ([^\n:]+: No such file|'[^\n']+' file not found)" headers "${said}")
 foreach(header IN LISTS headers)
     string(REGEX REPLACE "fatal error: '?([^:']+)[:'].*" "\\1" header "${header}")
     list(APPEND mistakes "no target has the header ${header} in its include directories")
 endforeach()
+
+string(REGEX MATCHALL "[^\n]+:[0-9]+:[0-9]+: error: [^\n]+" errors "${said}")
+list(APPEND mistakes ${errors})
 
 string(REGEX MATCHALL "undefined (reference to [`']|symbol: )[^\n']+" symbols "${said}")
 set(known "") # all symbols of the targets' libraries, hidden ones included
@@ -105,7 +110,6 @@ endforeach()
 list(REMOVE_DUPLICATES mistakes)
 if(NOT mistakes)
     string(REPLACE "\n" "\n  " said "${said}")
-    string(REPLACE ";" "," said "${said}") # no list
     set(mistakes "a program cannot be linked with its targets:\n  ${said}")
 endif()
 kep_platform_mistakes(${mistakes})

@@ -1,25 +1,50 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
-# port.sh SOURCE: the commands of docs/porting.md, as they stand there but for the folders that they make,
-# bring the example to its television; the port works, installed too; the mistakes of a platform file are
-# told in a line each.
+# port.sh SOURCE [own-log]: the commands of docs/porting.md, as they stand there but for the folders that they make,
+# bring the example to its television; the port works, installed too; the mistakes of a platform file are told in a
+# line each. With own-log: the commands for a log of the maker's own, whose lines arrive there.
 set -eu
-source=$1
+source=$1 what=${2:-ported}
 . "$source/tests/docs/check.sh"
 unset KEP_CONFIG_DIR ALSA_CONFIG_PATH ALSA_PLUGIN_DIR
 cd "$source"
 
+seen() {
+    expect_status "$@"
+    cat "$work/errors" >>"$work/out"
+}
+
 # --- The page
-awk '/^<!-- test: ported -->/ { marked = 1; next }
+marker=$(echo "$what" | tr - ' ')
+awk -v marker="<!-- test: $marker -->" '$0 == marker { marked = 1; next }
     /^```/ { inside = marked && /^```sh/; marked = 0; next }
     inside { print }' docs/porting.md |
     sed "s#\$PWD/build/#$work/#g; s#build/#$work/#g; s#kep-conformance --config#kep-conformance --limit 10000 --config#" \
         >"$work/commands" # a busy machine takes longer than the usual limit
-[ "$(grep -c . "$work/commands")" -gt 6 ] || fail "the page has lost its commands"
+[ "$(grep -c . "$work/commands")" -gt 4 ] || fail "the page has lost its commands"
 VELTORA_TRACE=1 sh -eux "$work/commands" >"$work/out" 2>"$work/errors" || {
     cat "$work/out" "$work/errors"
     fail "the commands of the page fail"
 }
+
+if [ "$what" = own-log ]; then
+    expect out ' passed, 0 failed, '
+    grep -q 'the platform.s log over the maker.s' -i "$work/installed-own-log/include/kep/platformlog.h" ||
+        fail "the header that is installed is not the port's own"
+    # A service that takes no lines itself.
+    cat >"$work/service.cpp" <<'END'
+#include <kepclient.h>
+int main() { return kepClient::getInstance()->initialize() == KEP_STATUS_FAILED ? 0 : 1; }
+END
+    prefix=$work/installed-own-log
+    # shellcheck disable=SC2046
+    "${CXX:-c++}" -std=c++17 "$work/service.cpp" -o "$work/service" \
+        $(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --cflags --libs kep) -Wl,-rpath,"$prefix/lib" \
+        -Wl,-rpath-link,"$prefix/lib"
+    seen 0 env KEP_CONFIG_DIR=/nowhere "$work/service"
+    expect out '^vlog F/kep: .*kepconfig:loadKEPConfig.*/nowhere.* (CONFIG_FILE_READ_FAILED)$'
+    exit
+fi
 
 # Three runs of the checks: silent, audible, and with the adapter that was built without the tree.
 [ "$(grep -c ' passed, 0 failed, ' "$work/out")" = 3 ] || { cat "$work/out"; fail "three runs should pass"; }
@@ -33,10 +58,6 @@ expect out '^kep-conformance [0-9]'
 
 # --- The settings of the build: its own section, folder and card
 port=$work/port
-seen() {
-    expect_status "$@"
-    cat "$work/errors" >>"$work/out"
-}
 seen 1 "$port/bin/kep-conformance" configuration
 expect out '/etc/veltora/audio/kep-config.json'
 seen 1 "$port/bin/kep-conformance" --config packaging/config/TV configuration
@@ -97,3 +118,8 @@ target_link_libraries(kepdevice PUBLIC kepplatform PRIVATE $port/lib/libveltoraa
 expect out '^ *kepdevice hides mwl_gain::MWLGain::parseGainParams(): build it with CXX_VISIBILITY_PRESET default$'
 expect out '^ *kepdevice lacks mwl_delay::MWLDelay::setDelayUpdate()$'
 expect out '^ *kepdevice lacks HWIO_GPIO_ReadInputPort$'
+# The adapter calls what the maker has changed.
+cp -r examples/port "$work/brand"
+sed -i 's/vlt_headphone_power(int on)/vlt_headphone_power(int on, int milliseconds)/' "$work"/brand/vendor/*
+seen 1 cmake -G Ninja -S . -B "$work/mistake" -DKEP_PLATFORM="$work/brand/veltora.cmake"
+expect out '^ *.*/brand/adapter/lines.cpp:[0-9]*:[0-9]*: error: .*vlt_headphone_power'
