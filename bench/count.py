@@ -26,7 +26,7 @@ import tempfile
 HERE = pathlib.Path(__file__).resolve().parent
 BUDGETS = HERE / "budgets.tsv"
 TOLERANCE = 1.02
-SLACK = 25  # instructions; of a difference, 2 % may be less than one
+SLACK = 80  # instructions; of a difference, 2 % may be less than one
 VALGRIND = shutil.which("valgrind")
 
 # Cases of kep_count that share a process, those that take longest first; cold ones have one of their own.
@@ -76,8 +76,6 @@ def environment_of(place, folder):
         "ALSA_CONFIG_UCM2": str(folder / "ucm"),
         "ALSA_CONFIG_PATH": str(folder / "lib/kep/virtualtv.conf"),
         "ALSA_PLUGIN_DIR": str(folder / "lib/kep"),
-        # Freed memory is found again in the same way, however much has been freed before.
-        "GLIBC_TUNABLES": "glibc.malloc.tcache_count=65535",
     }
 
 
