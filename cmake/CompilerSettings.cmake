@@ -24,6 +24,10 @@ if(KEP_SANITIZE)
     endif()
 endif()
 
+if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    add_compile_options(-ffat-lto-objects) # the tests link them without it
+endif()
+
 # --- Hardening, as Debian's
 include(CheckPIESupported)
 check_pie_supported()
