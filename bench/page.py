@@ -102,7 +102,7 @@ def in_words(number):
 
 class Plot:
     """Two logarithmic axes; lines with a mark at each counted size, named above the axes."""
-    WIDTH, HEIGHT, LEFT, RIGHT, BOTTOM, TOP = 720, 420, 84, 24, 64, 84
+    WIDTH, HEIGHT, LEFT, RIGHT, BOTTOM, TOP = 720, 420, 84, 40, 64, 84
     COLOURS = ["#0072b2", "#009e73", "#cc79a7", "#555555"]
 
     def __init__(self, title, x_name, y_name):
