@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How an injection is written as JSON: {"KEY": NAME, "status": ...}, or for a card {"control": NAME,
-// "stage": STAGE, "card": ..., "status": ...}; "times" and "delayMs" belong to any.
+// How an injection is written as JSON: {"KEY": NAME, "status": ...}, or for a card {"control":
+// NAME, "stage": STAGE, "card": ..., "status": ...}; "times" and "delayMs" belong to any.
 #pragma once
 
 #include "faults.h"

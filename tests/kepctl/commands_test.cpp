@@ -111,9 +111,9 @@ TEST_F(Kepctl, HelpOnTheConfigurationShowsEveryKeyOfBothFiles)
 TEST_F(Kepctl, HelpOnTheEnvironmentShowsWhatTheVirtualTelevisionReads)
 {
     const std::string text = kepctl({"help", "environment"}).output;
-    for (const char* variable : {"KEP_CONFIG_DIR", "KEP_VIRTUALTV_STATE", "KEP_VIRTUALTV_CARD",
-                                 "KEP_VIRTUALTV_FAULTS", "KEP_VIRTUALTV_LINES",
-                                 "KEP_VIRTUALTV_TRACE", "NO_COLOR"})
+    for (const char* variable :
+         {"KEP_CONFIG_DIR", "KEP_VIRTUALTV_STATE", "KEP_VIRTUALTV_CARD", "KEP_VIRTUALTV_FAULTS",
+          "KEP_VIRTUALTV_LINES", "KEP_VIRTUALTV_TRACE", "NO_COLOR"})
         EXPECT_THAT(text, HasSubstr("\n  " + std::string{variable} + " "));
 }
 

@@ -110,9 +110,8 @@ const virtualtv::FaultStage& stageOf(const JValue& injection)
 {
     const std::string name =
         injection.hasKey("stage") ? injection["stage"].asString() : virtualtv::kUsualStage;
-    return *std::find_if(
-        std::begin(virtualtv::kFaultStages), std::end(virtualtv::kFaultStages),
-        [&](const virtualtv::FaultStage& stage) { return name == stage.name; });
+    return *std::find_if(std::begin(virtualtv::kFaultStages), std::end(virtualtv::kFaultStages),
+                         [&](const virtualtv::FaultStage& stage) { return name == stage.name; });
 }
 
 virtualtv::Injection controlInjection(const JsonNode& node)
