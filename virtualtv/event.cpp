@@ -17,6 +17,8 @@ template <typename... Cases>
 struct Overloaded : Cases... {
     using Cases::operator()...;
 };
+template <typename... Cases>
+Overloaded(Cases...) -> Overloaded<Cases...>; // clang 14 would not deduce it
 
 void appendNumber(std::string& text, std::int64_t number)
 {
