@@ -339,7 +339,8 @@ Completion matching(const Names& names, const std::string& partial, bool json)
     }
     const bool opens =
         completion.candidates.size() == 1 && completion.candidates.front().find_first_of("{[") == 0;
-    completion.suffix = json || opens ? "" : " ";
+    if (!json && !opens)
+        completion.suffix.push_back(' ');
     return completion;
 }
 
