@@ -91,7 +91,7 @@ TEST_F(LogLinesOnStandardError, AreThoseOfGlib)
 
 TEST_F(LogLinesOnStandardError, BearNamesOfEveryLengthWhole)
 {
-    for (const std::size_t length : {1, 900, 1024, 1025, 2048, 2100, 9000}) {
+    for (const std::size_t length : {1U, 900U, 1024U, 1025U, 2048U, 2100U, 9000U}) {
         const std::string name(length, 'n');
         LogContext* context = LogGetContext(name.c_str());
         for (const LevelRow& row : kLevelRows) {

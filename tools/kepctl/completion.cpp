@@ -339,8 +339,7 @@ Completion matching(const Names& names, const std::string& partial, bool json)
     }
     const bool opens =
         completion.candidates.size() == 1 && completion.candidates.front().find_first_of("{[") == 0;
-    if (!json && !opens)
-        completion.suffix.push_back(' ');
+    completion.suffix = json || opens ? "" : " ";
     return completion;
 }
 
