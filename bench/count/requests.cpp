@@ -74,7 +74,7 @@ const RequestRow kRequests[] = {
     {"connectInput.two",   &connectAndDisconnect,                                       "tv_speaker_headphone",   0,   5,  false},
     {"connectInput.three", &connectAndDisconnect,                                       "tv_speaker_optical_arc", 0,   5,  false},
     {"setSoundOutput",     &thereAndBack,                                               "tv_speaker",             0,   5,  true},
-    {"setSoundOutput.1",   &thereAndBack,                                               "tv_speaker",             1,   2,  false},
+    {"setSoundOutput.1",   &thereAndBack,                                               "tv_speaker",             1,   4,  false},
     {"setSoundOutput.3",   &thereAndBack,                                               "tv_speaker",             3,   2,  false},
     {"setSoundOutput.8",   &thereAndBack,                                               "tv_speaker",             8,   2,  true},
     {"setSoundOutput.17",  &thereAndBack,                                               "tv_speaker",             17,  1,  false},

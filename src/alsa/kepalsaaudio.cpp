@@ -15,6 +15,7 @@
 #include "kepconfigpath.h"
 #include "kepfactory.h"
 #include "keplog.h"
+#include "shortname.h"
 
 namespace
 {
@@ -53,6 +54,8 @@ int openCard(snd_ctl_t** handle, std::string_view card)
 {
     if (card.size() > kMaxCardBytes)
         return -ENOENT;
+    if (card.back() != '\\')
+        return snd_ctl_open(handle, card.data(), 0);
     // libasound reads past the end of a name that ends in a backslash: it finds another end there.
     std::array<char, kMaxCardBytes + 2> name; // NOLINT(*-member-init): only two ends are needed
     name[card.copy(name.data(), kMaxCardBytes)] = '\0';
@@ -266,8 +269,9 @@ unsigned int kepAlsaAudio::initSpeaker()
 
 KEP_AUDIO_RESOURCE_T kepAlsaAudio::getResourceId(const std::string& source, const std::string& sink)
 {
-    return source == "AMIXER" && sink == "ALSA" ? KEP_AUDIO_RESOURCE_AMIXER0
-                                                : KEP_AUDIO_RESOURCE_INVALID;
+    return ShortName{source} == ShortName{"AMIXER"} && ShortName{sink} == ShortName{"ALSA"}
+               ? KEP_AUDIO_RESOURCE_AMIXER0
+               : KEP_AUDIO_RESOURCE_INVALID;
 }
 
 bool kepAlsaAudio::setControl(const std::string& card, const std::string& control,
@@ -278,7 +282,8 @@ bool kepAlsaAudio::setControl(const std::string& card, const std::string& contro
 
 bool kepAlsaAudio::setVolume(std::uint8_t volume)
 {
-    const std::string value = std::to_string(volume) + "%";
+    std::string value = std::to_string(volume);
+    value += '%';
     KEP_DEBUG("In %s, setting volume to %s", __func__, value.c_str());
     return ::setControl(mCapability->card, mCapability->volumeControl, value);
 }

@@ -37,7 +37,7 @@ bool kepConfig::loadKEPConfig()
     return true;
 }
 
-JValue kepConfig::find(const kepLogOrigin& origin, const std::string& key) const
+JValue kepConfig::find(kepLogOrigin origin, const std::string& key) const
 {
     const char* socType = kepCatalogue::build().socKey;
     const JValue section = mRoot[socType];

@@ -28,7 +28,7 @@ private:
 
     /// The value under the key; invalid, with a debug line, when it is missing. Logs for its
     /// caller.
-    JValue find(const kepLogOrigin& origin, const std::string& key) const;
+    JValue find(kepLogOrigin origin, const std::string& key) const;
 
     JValue mRoot;
 };

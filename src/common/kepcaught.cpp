@@ -28,7 +28,7 @@ __attribute__((no_sanitize("undefined"))) const char* kepCaughtText()
     }
 }
 
-void kepLogCaught(const kepLogOrigin& origin, const char* operation)
+void kepLogCaught(kepLogOrigin origin, const char* operation)
 {
     const char* text = kepCaughtText();
     KEP_ERROR_AS(origin, "ERROR_LOG", "Exception in %s: %s", operation, text);

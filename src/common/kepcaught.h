@@ -18,11 +18,11 @@ void kepPassOnThreadEnd();
 const char* kepCaughtText();
 
 /// Logs one error line, "ERROR_LOG", with the operation that ends here and what was caught.
-void kepLogCaught(const kepLogOrigin& origin, const char* operation);
+void kepLogCaught(kepLogOrigin origin, const char* operation);
 
 /// The same for an operation that answers `failed` then, named like its function.
 template <typename Result>
-Result kepCaught(const kepLogOrigin& origin, Result failed)
+Result kepCaught(kepLogOrigin origin, Result failed)
 {
     kepLogCaught(origin, origin.function);
     return failed;
@@ -32,7 +32,7 @@ Result kepCaught(const kepLogOrigin& origin, Result failed)
 /// callbacks and steps that only call: what logs by itself is a function of its own, with a `catch
 /// (...)`.
 template <typename Result, typename Body>
-Result kepGuarded(const kepLogOrigin& origin, const char* operation, Result failed, Body&& body)
+Result kepGuarded(kepLogOrigin origin, const char* operation, Result failed, Body&& body)
 try {
     return std::forward<Body>(body)();
 } catch (...) {

@@ -13,7 +13,7 @@ std::atomic<LogContext*> kepLogContext{nullptr};
 namespace
 {
 
-[[gnu::format(printf, 4, 0)]] void emit(const kepLogOrigin& origin, int level, const char* id,
+[[gnu::format(printf, 4, 0)]] void emit(kepLogOrigin origin, int level, const char* id,
                                         const char* format, va_list arguments)
 {
     // By hand: for so little, printf costs more than all the rest of a line.
@@ -38,8 +38,7 @@ namespace
 
 } // namespace
 
-void kepLogEmit(const kepLogOrigin& origin, int level, const char* id, const char* format,
-                ...) noexcept
+void kepLogEmit(kepLogOrigin origin, int level, const char* id, const char* format, ...) noexcept
 {
     va_list arguments;
     va_start(arguments, format);
@@ -47,11 +46,8 @@ void kepLogEmit(const kepLogOrigin& origin, int level, const char* id, const cha
     va_end(arguments);
 }
 
-bool kepSucceeded(const kepLogOrigin& origin, int status, const char* id, const char* format,
-                  ...) noexcept
+bool kepFailed(kepLogOrigin origin, const char* id, const char* format, ...) noexcept
 {
-    if (status == 0)
-        return true;
     if (kepLogAdmits(kLogError)) {
         va_list arguments;
         va_start(arguments, format);

@@ -48,7 +48,7 @@ consteval std::string_view kepLogStemOf(const char (&path)[Size])
 #define KEP_HERE (kepLogOrigin{kepLogStemOf(__FILE__), __func__, __LINE__})
 
 /// Formats the text, behind the prefix "file:function(line) ", and hands it to the platform.
-[[gnu::format(printf, 4, 5)]] void kepLogEmit(const kepLogOrigin& origin, int level, const char* id,
+[[gnu::format(printf, 4, 5)]] void kepLogEmit(kepLogOrigin origin, int level, const char* id,
                                               const char* format, ...) noexcept;
 
 /// The same with key-value pairs and without the prefix.
@@ -56,10 +56,13 @@ consteval std::string_view kepLogStemOf(const char (&path)[Size])
                                                    std::span<const LogPair> pairs,
                                                    const char* format, ...) noexcept;
 
+/// Logs an error, if it is admitted, and answers false.
+[[gnu::cold, gnu::format(printf, 3, 4)]] bool kepFailed(kepLogOrigin origin, const char* id,
+                                                        const char* format, ...) noexcept;
+
 /// Whether a middleware call answered success, 0; any other status is an error with that id and
 /// text.
-[[gnu::format(printf, 4, 5)]] bool kepSucceeded(const kepLogOrigin& origin, int status,
-                                                const char* id, const char* format, ...) noexcept;
+#define KEP_SUCCEEDED(status, id, ...) ((status) == 0 || kepFailed(KEP_HERE, id, __VA_ARGS__))
 
 // The level is tested first: neither text nor arguments are made unless it is admitted. An error
 // has an id of its own, information has "INFO_LOG", and what is for debugging has none.

@@ -87,12 +87,11 @@ bool kepTVAmplifier::initAmplifierAttributes()
 {
     KEP_INFO("Parsing amplifier values from xml");
     const bool registered =
-        kepSucceeded(KEP_HERE,
-                     registerParams<&MWLAmplifier::registerQualityParams>(
-                         mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
-                     kErrorId, "Failed to register quality parameters");
-    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
-                        "Failed to initilize amplifier Middle ware") && // sic
+        KEP_SUCCEEDED(registerParams<&MWLAmplifier::registerQualityParams>(
+                          mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
+                      kErrorId, "Failed to register quality parameters");
+    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
+                         "Failed to initilize amplifier Middle ware") && // sic
            registered;
 }
 
@@ -109,8 +108,7 @@ void kepTVAmplifier::parseAmplifierXML()
 void kepTVAmplifier::resetAmplifierAttributes()
 {
     KEP_INFO("Calling setAmpReset of amplifier middleware library");
-    if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpReset(), kErrorId,
-                     "Failed to call setAmpReset"))
+    if (KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpReset(), kErrorId, "Failed to call setAmpReset"))
         mIsAmpResetDone = true;
 }
 
@@ -132,17 +130,16 @@ bool kepTVAmplifier::updateAmplifierType(JValue payload)
     }
     KEP_INFO("Amplifier chip type is received during bootup to play powerOnSound");
     mIsBootup = false;
-    if (!kepSucceeded(KEP_HERE,
-                      registerParams<&MWLAmplifier::registerQualityParams>(
-                          mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
-                      kErrorId, "Failed to register quality parameters"))
+    if (!KEP_SUCCEEDED(registerParams<&MWLAmplifier::registerQualityParams>(
+                           mPtrAmplifierInstance, &kepTvParser::mQualityParamsMap),
+                       kErrorId, "Failed to register quality parameters"))
         return false;
     if (!mIsAmpResetDone) {
         KEP_ERROR(kErrorId, "Amp reset is not completed, so skip Amplifier Init");
         return true;
     }
-    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
-                        "Failed to initilize amplifier Middle ware"); // sic
+    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmplifierInit(), kErrorId,
+                         "Failed to initilize amplifier Middle ware"); // sic
 }
 
 void kepTVAmplifier::setAmplifierSettings(JValue payload)
@@ -159,13 +156,13 @@ void kepTVAmplifier::setAmplifierSettings(JValue payload)
     }
     if (payload.hasKey(key::kAudioBalance.name)) {
         const auto balance = payload[key::kAudioBalance.name].asNumber<std::int32_t>();
-        if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpBalance(balance), kErrorId,
-                         "Failed to set balance in amplifier middle ware library as %d", balance))
+        if (KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpBalance(balance), kErrorId,
+                          "Failed to set balance in amplifier middle ware library as %d", balance))
             KEP_INFO("set Balance successfully as %d", balance);
     }
     if (payload.hasKey(key::kTvSetupConfiguration.name)) {
-        if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->changeAmpEQ(), kErrorId,
-                         "Failed to change amplifier equalizer"))
+        if (KEP_SUCCEEDED(mPtrAmplifierInstance->changeAmpEQ(), kErrorId,
+                          "Failed to change amplifier equalizer"))
             KEP_INFO("change amplifier equalizer");
     }
 }
@@ -173,30 +170,30 @@ void kepTVAmplifier::setAmplifierSettings(JValue payload)
 bool kepTVAmplifier::setEqualizerStatus(const std::string& status)
 {
     KEP_INFO("Setting Amplifier EQ equalizerStatus %s", status.c_str());
-    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpEQ(status == "on"), kErrorId,
-                        "Failed to set amplifier equalizer as %s", status.c_str());
+    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpEQ(status == "on"), kErrorId,
+                         "Failed to set amplifier equalizer as %s", status.c_str());
 }
 
 void kepTVAmplifier::setAmplifierMute(const bool& mute)
 {
     KEP_DEBUG("Called setAmplifierMute function");
-    if (kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpMute(mute), kErrorId,
-                     "Failed to set amplifier mute status %d", mute))
+    if (KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpMute(mute), kErrorId,
+                      "Failed to set amplifier mute status %d", mute))
         KEP_INFO("set amplifier mute status %d", mute);
 }
 
 bool kepTVAmplifier::setAmplifierResume()
 {
     KEP_DEBUG("Called setAmplifierResume function");
-    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpResume(), kErrorId,
-                        "Amp Resume call is failed");
+    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpResume(), kErrorId,
+                         "Amp Resume call is failed");
 }
 
 bool kepTVAmplifier::setAmplifierSuspend()
 {
     KEP_INFO("Called setAmplifierSuspend function");
-    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpSuspend(), kErrorId,
-                        "failed to call setAmpSuspend function");
+    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpSuspend(), kErrorId,
+                         "failed to call setAmpSuspend function");
 }
 
 bool kepTVAmplifier::setAmplifierState(JValue payload)
@@ -206,16 +203,16 @@ bool kepTVAmplifier::setAmplifierState(JValue payload)
         return false;
     const std::string type = payload[key::kAmpType.name].asString();
     const std::string status = payload[key::kAmpStatus.name].asString();
-    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->setAmpOnOff(type, status), kErrorId,
-                        "Failed to set amplifier state for amplifier Type: %s, Status: %s ",
-                        type.c_str(), status.c_str());
+    return KEP_SUCCEEDED(mPtrAmplifierInstance->setAmpOnOff(type, status), kErrorId,
+                         "Failed to set amplifier state for amplifier Type: %s, Status: %s ",
+                         type.c_str(), status.c_str());
 }
 
 bool kepTVAmplifier::getAmplifierState(std::string& type, std::vector<std::string>& states)
 {
     KEP_DEBUG("Called getAmplifier function");
-    return kepSucceeded(KEP_HERE, mPtrAmplifierInstance->getAmpState(&type, &states), kErrorId,
-                        "Failed to get amplifier States");
+    return KEP_SUCCEEDED(mPtrAmplifierInstance->getAmpState(&type, &states), kErrorId,
+                         "Failed to get amplifier States");
 }
 
 bool kepTVAmplifier::writeI2cDataToAmplifier(JValue payload)
@@ -227,8 +224,7 @@ bool kepTVAmplifier::writeI2cDataToAmplifier(JValue payload)
     KEP_INFO("Called writeI2cDataToAmplifier function with amplifierObject %s",
              payload.stringify().c_str());
     const RegisterRequest request{payload};
-    return kepSucceeded(
-        KEP_HERE,
+    return KEP_SUCCEEDED(
         mPtrAmplifierInstance->writeI2cDataToAmp(
             request.slaveAddress, request.portNumber, request.address, request.numberOfByte,
             request.sizeOfArray, textsIn(payload[key::kData.name])),

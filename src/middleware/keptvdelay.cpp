@@ -87,37 +87,35 @@ bool kepTVDelay::initDelay()
 bool kepTVDelay::initDelayAttributes()
 {
     KEP_INFO("Parsing delay values from xml");
-    const bool registered = kepSucceeded(KEP_HERE,
-                                         registerParams<&MWLDelay::registerQualityParams>(
-                                             mPtrDelayInstance, &kepTvParser::mQualityParamsMap),
-                                         kErrorId, "Failed to register quality parameters");
-    return kepSucceeded(KEP_HERE, mPtrDelayInstance->setDelayInitialize(), kErrorId,
-                        "Failed to initilize delay middleware API") && // sic
+    const bool registered = KEP_SUCCEEDED(registerParams<&MWLDelay::registerQualityParams>(
+                                              mPtrDelayInstance, &kepTvParser::mQualityParamsMap),
+                                          kErrorId, "Failed to register quality parameters");
+    return KEP_SUCCEEDED(mPtrDelayInstance->setDelayInitialize(), kErrorId,
+                         "Failed to initilize delay middleware API") && // sic
            registered;
 }
 
 bool kepTVDelay::updateDelayValues()
 {
     KEP_INFO("calling setDelayUpdate");
-    return kepSucceeded(KEP_HERE, mPtrDelayInstance->setDelayUpdate(), kErrorId,
-                        "Failed to update delay values");
+    return KEP_SUCCEEDED(mPtrDelayInstance->setDelayUpdate(), kErrorId,
+                         "Failed to update delay values");
 }
 
 bool kepTVDelay::registerAudioVideoInfo()
 {
     KEP_INFO("calling registerAvParams");
-    return kepSucceeded(KEP_HERE,
-                        registerParams<&MWLDelay::registerAvParams>(mPtrDelayInstance,
-                                                                    &kepTvParser::mAvParamsMap),
-                        kErrorId, "Failed to register audio video parameters") &&
+    return KEP_SUCCEEDED(registerParams<&MWLDelay::registerAvParams>(mPtrDelayInstance,
+                                                                     &kepTvParser::mAvParamsMap),
+                         kErrorId, "Failed to register audio video parameters") &&
            updateDelayValues();
 }
 
 bool kepTVDelay::setAudioVideoSync(int value)
 {
     KEP_INFO("Request to set AudioVideoSync value as %d", value);
-    return kepSucceeded(KEP_HERE, mPtrDelayInstance->setFactoryDelay(value), kErrorId,
-                        "Failed to set AudioVideoSync value as %d", value);
+    return KEP_SUCCEEDED(mPtrDelayInstance->setFactoryDelay(value), kErrorId,
+                         "Failed to set AudioVideoSync value as %d", value);
 }
 
 bool kepTVDelay::setOffsetDelay(JValue settings)
@@ -127,8 +125,8 @@ bool kepTVDelay::setOffsetDelay(JValue settings)
         return false;
     const auto value = settings[key::kOffsetValue.name].asNumber<std::int32_t>();
     const std::string type = settings[key::kOperationType.name].asString();
-    if (!kepSucceeded(KEP_HERE, mPtrDelayInstance->setOffSetDelay(value, type), kErrorId,
-                      "Failed to set offset delay value %d for %s", value, type.c_str()))
+    if (!KEP_SUCCEEDED(mPtrDelayInstance->setOffSetDelay(value, type), kErrorId,
+                       "Failed to set offset delay value %d for %s", value, type.c_str()))
         return false;
     KEP_DEBUG("set offset delay value %d for %s", value, type.c_str());
     return true;
@@ -153,7 +151,7 @@ void kepTVDelay::setDelaySettings(JValue settings)
     updateUserDelayValues(settings);
     if (!touchesUserList(settings))
         return;
-    if (kepSucceeded(KEP_HERE, mPtrDelayInstance->setUserDelay(&mUserDelays), kErrorId,
-                     "Failed to call setUserDelay API"))
+    if (KEP_SUCCEEDED(mPtrDelayInstance->setUserDelay(&mUserDelays), kErrorId,
+                      "Failed to call setUserDelay API"))
         KEP_DEBUG("Called setUserDelay successfully");
 }

@@ -3,11 +3,11 @@
 #include "keptvgain.h"
 
 #include <cstdint>
-#include <string_view>
 
 #include "kepmiddleware.h"
 #include "mwlgain.h"
 #include "payloadkeys.h"
+#include "shortname.h"
 
 using mwl_gain::MWLGain;
 
@@ -19,14 +19,25 @@ constexpr kepKey kQualityKeys[] = {key::kAudioDescription, key::kAudioDescriptio
                                    key::kAutoVolume};
 
 struct ResourceNumber {
-    std::string_view resource;
+    ShortName resource;
     int number;
 };
+// clang-format off
 // Behind the sinks "MAIN" and "SUB".
 constexpr ResourceNumber kResourceNumbers[] = {
-    {"ADEC", 0},    {"ADEC0", 0},   {"ADEC1", 1},   {"AMIXER0", 2}, {"AMIXER1", 3}, {"AMIXER2", 4},
-    {"AMIXER3", 5}, {"AMIXER4", 6}, {"AMIXER5", 7}, {"AMIXER6", 8}, {"AMIXER7", 9},
+    {ShortName{"ADEC"},    0},
+    {ShortName{"ADEC0"},   0},
+    {ShortName{"ADEC1"},   1},
+    {ShortName{"AMIXER0"}, 2},
+    {ShortName{"AMIXER1"}, 3},
+    {ShortName{"AMIXER2"}, 4},
+    {ShortName{"AMIXER3"}, 5},
+    {ShortName{"AMIXER4"}, 6},
+    {ShortName{"AMIXER5"}, 7},
+    {ShortName{"AMIXER6"}, 8},
+    {ShortName{"AMIXER7"}, 9},
 };
+// clang-format on
 constexpr int kGenericMixerNumber = 2; // "AMIXER" behind "ALSA" is mixer input 0
 constexpr int kUnknownResource = -1;
 
@@ -61,12 +72,11 @@ bool kepTVGain::initGain()
 bool kepTVGain::initGainAttributes()
 {
     KEP_INFO("Parsing Gain values from xml");
-    const bool registered = kepSucceeded(KEP_HERE,
-                                         registerParams<&MWLGain::registerQualityParams>(
-                                             mPtrGainInstance, &kepTvParser::mQualityParamsMap),
-                                         kErrorId, "Failed to register quality parameters");
-    return kepSucceeded(KEP_HERE, mPtrGainInstance->setGainInitialize(), kErrorId,
-                        "Failed to initilize gain middleware API") && // sic
+    const bool registered = KEP_SUCCEEDED(registerParams<&MWLGain::registerQualityParams>(
+                                              mPtrGainInstance, &kepTvParser::mQualityParamsMap),
+                                          kErrorId, "Failed to register quality parameters");
+    return KEP_SUCCEEDED(mPtrGainInstance->setGainInitialize(), kErrorId,
+                         "Failed to initilize gain middleware API") && // sic
            registered;
 }
 
@@ -89,12 +99,16 @@ void kepTVGain::resetGainAttributes()
 
 int kepTVGain::getResourceId(const std::string& resource, const std::string& sink)
 {
-    if (sink == "MAIN" || sink == "SUB") {
+    const ShortName resourceName{resource};
+    const ShortName sinkName{sink};
+    if (sinkName == ShortName{"MAIN"} || sinkName == ShortName{"SUB"}) {
         for (const ResourceNumber& row : kResourceNumbers)
-            if (resource == row.resource)
+            if (resourceName == row.resource)
                 return row.number;
     }
-    return resource == "AMIXER" && sink == "ALSA" ? kGenericMixerNumber : kUnknownResource;
+    return resourceName == ShortName{"AMIXER"} && sinkName == ShortName{"ALSA"}
+               ? kGenericMixerNumber
+               : kUnknownResource;
 }
 
 bool kepTVGain::setInputVolume(const std::string& resource, const std::string& sink,
@@ -109,43 +123,39 @@ bool kepTVGain::setOutputVolume(const std::string& soundOutput, int volume)
 {
     KEP_INFO("SoundOutput %s volume: %d", soundOutput.c_str(), volume);
     // sic: the run of blanks belongs to the text
-    return kepSucceeded(
-        KEP_HERE, mPtrGainInstance->setOutputVolume(soundOutput, static_cast<std::uint8_t>(volume)),
-        kErrorId, "Failed to set output volume                   SoundOutput %s volume: %d",
+    return KEP_SUCCEEDED(
+        mPtrGainInstance->setOutputVolume(soundOutput, static_cast<std::uint8_t>(volume)), kErrorId,
+        "Failed to set output volume                   SoundOutput %s volume: %d",
         soundOutput.c_str(), volume);
 }
 
 bool kepTVGain::setInputGain()
 {
     KEP_INFO("calling setGainAsInput");
-    return kepSucceeded(KEP_HERE, mPtrGainInstance->setGainAsInput(), kErrorId,
-                        "Failed to set input gain");
+    return KEP_SUCCEEDED(mPtrGainInstance->setGainAsInput(), kErrorId, "Failed to set input gain");
 }
 
 bool kepTVGain::registerAudioVideoInfo()
 {
     KEP_INFO("Calling registerAvParams");
-    return kepSucceeded(KEP_HERE,
-                        registerParams<&MWLGain::registerAvParams>(mPtrGainInstance,
-                                                                   &kepTvParser::mAvParamsMap),
-                        kErrorId, "Failed to register audio video parameters") &&
+    return KEP_SUCCEEDED(registerParams<&MWLGain::registerAvParams>(mPtrGainInstance,
+                                                                    &kepTvParser::mAvParamsMap),
+                         kErrorId, "Failed to register audio video parameters") &&
            setInputGain();
 }
 
 bool kepTVGain::setAencGain()
 {
     KEP_INFO("calling setAencVolume");
-    return kepSucceeded(KEP_HERE, mPtrGainInstance->setAencVolume(), kErrorId,
-                        "Failed to set AENC gain");
+    return KEP_SUCCEEDED(mPtrGainInstance->setAencVolume(), kErrorId, "Failed to set AENC gain");
 }
 
 bool kepTVGain::registerAudioVideoInfoForEncoder()
 {
     KEP_INFO("Calling registerAencAvParams For Encoder");
-    return kepSucceeded(KEP_HERE,
-                        registerParams<&MWLGain::registerAencAvParams>(
-                            mPtrGainInstance, &kepTvParser::mAencAvParamsMap),
-                        kErrorId, "Failed to register audio video parameters") &&
+    return KEP_SUCCEEDED(registerParams<&MWLGain::registerAencAvParams>(
+                             mPtrGainInstance, &kepTvParser::mAencAvParamsMap),
+                         kErrorId, "Failed to register audio video parameters") &&
            setAencGain();
 }
 

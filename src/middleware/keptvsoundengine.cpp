@@ -145,12 +145,11 @@ bool kepTVSoundEngine::initSoundEngine()
 bool kepTVSoundEngine::initSoundEngineAttributes()
 {
     const bool registered =
-        kepSucceeded(KEP_HERE,
-                     registerParams<&MwlSeInterface::registerQualityParams>(
-                         mPtrSoundEngineInstance, &kepTvParser::mQualityParamsMap),
-                     kErrorId, "Failed to register quality Parameters for sound engine instance");
-    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->initialize(), kErrorId,
-                        "Failed to initialize for sound engine instance") &&
+        KEP_SUCCEEDED(registerParams<&MwlSeInterface::registerQualityParams>(
+                          mPtrSoundEngineInstance, &kepTvParser::mQualityParamsMap),
+                      kErrorId, "Failed to register quality Parameters for sound engine instance");
+    return KEP_SUCCEEDED(mPtrSoundEngineInstance->initialize(), kErrorId,
+                         "Failed to initialize for sound engine instance") &&
            registered;
 }
 
@@ -165,43 +164,43 @@ void kepTVSoundEngine::registerAudioVideoInfo()
 bool kepTVSoundEngine::setSoundOutputVolume(const int& volume)
 {
     KEP_INFO("Setting OSD volume %d", volume);
-    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setOSDVolume(volume), kErrorId,
-                        "Failed to set OSD volume %d of sound engine library", volume);
+    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setOSDVolume(volume), kErrorId,
+                         "Failed to set OSD volume %d of sound engine library", volume);
 }
 
 bool kepTVSoundEngine::setImmersiveFormat(const std::string& format)
 {
     KEP_INFO("Setting immersive info  immersiveFormat %s", format.c_str()); // sic
-    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setImmersiveInfo(format), kErrorId,
-                        "Failed to set Immersive Format %s", format.c_str());
+    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setImmersiveInfo(format), kErrorId,
+                         "Failed to set Immersive Format %s", format.c_str());
 }
 
 bool kepTVSoundEngine::setEqualizerStatus(const std::string& status)
 {
     KEP_INFO("Setting Instart Audio EQ %s", status.c_str());
-    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setInstartAudioEQ(status == "on"),
-                        kErrorId, "Failed to set audio equalizer as %s", status.c_str());
+    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setInstartAudioEQ(status == "on"), kErrorId,
+                         "Failed to set audio equalizer as %s", status.c_str());
 }
 
 bool kepTVSoundEngine::setSoundEngineStatus(const std::string& status)
 {
     KEP_INFO("Setting Instart SoundEngine %s", status.c_str());
-    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setInstartSoundEngine(status == "on"),
-                        kErrorId, "Failed to set sound engine status as %s", status.c_str());
+    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setInstartSoundEngine(status == "on"), kErrorId,
+                         "Failed to set sound engine status as %s", status.c_str());
 }
 
 bool kepTVSoundEngine::setDolbyAtmos(const std::string& status)
 {
     KEP_INFO("Setting Dolby Atmos State %s", status.c_str());
-    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setDolbyAtmos(status == "on"), kErrorId,
-                        "Failed to set Dolby Atmos as %s", status.c_str());
+    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setDolbyAtmos(status == "on"), kErrorId,
+                         "Failed to set Dolby Atmos as %s", status.c_str());
 }
 
 bool kepTVSoundEngine::setForcedDolbyAtmos(const bool& on)
 {
     KEP_INFO("setForcedDolbyAtmos %d", on);
-    return kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setForcedDolbyAtmos(on), kErrorId,
-                        "Failed to set forced Dolby Atmos as %d", on);
+    return KEP_SUCCEEDED(mPtrSoundEngineInstance->setForcedDolbyAtmos(on), kErrorId,
+                         "Failed to set forced Dolby Atmos as %d", on);
 }
 
 bool kepTVSoundEngine::setMagicSpaceSound(JValue payload)
@@ -214,10 +213,9 @@ bool kepTVSoundEngine::setMagicSpaceSound(JValue payload)
     std::vector<int> values;
     for (const JValue& value : payload[key::kSoundSettingValues.name].elements())
         values.push_back(value.asNumber<std::int32_t>());
-    if (!kepSucceeded(KEP_HERE,
-                      mPtrSoundEngineInstance->setMagicSpaceSoundParams(
-                          values.data(), static_cast<int>(values.size())),
-                      kErrorId, "Failed to set magic space sound"))
+    if (!KEP_SUCCEEDED(mPtrSoundEngineInstance->setMagicSpaceSoundParams(
+                           values.data(), static_cast<int>(values.size())),
+                       kErrorId, "Failed to set magic space sound"))
         return false;
     KEP_DEBUG("set magic space sound successfully");
     return true;
@@ -228,8 +226,8 @@ void kepTVSoundEngine::setOptionCategorySettings(JValue payload)
     if (!payload.hasKey(key::kStoreMode.name))
         return;
     const std::string mode = payload[key::kStoreMode.name].asString();
-    if (kepSucceeded(KEP_HERE, mPtrSoundEngineInstance->setStoreMode(mode), kErrorId,
-                     "Failed to set Store/Home mode value as %s", mode.c_str()))
+    if (KEP_SUCCEEDED(mPtrSoundEngineInstance->setStoreMode(mode), kErrorId,
+                      "Failed to set Store/Home mode value as %s", mode.c_str()))
         KEP_INFO("set Store/Home mode successfully as %s", mode.c_str());
 }
 
@@ -253,8 +251,8 @@ void kepTVSoundEngine::setSoundEngineStatus(JValue payload)
                 &kepTVSoundEngine::setSoundEngineStatus);
 }
 
-void kepTVSoundEngine::applyStatus(const kepLogOrigin& origin, const JValue& payload,
-                                   const char* key, StatusSetter set)
+void kepTVSoundEngine::applyStatus(kepLogOrigin origin, const JValue& payload, const char* key,
+                                   StatusSetter set)
 {
     if (!payload.isObject()) {
         KEP_ERROR_AS(origin, "INVALID_PARAMETER", "Invalid object");

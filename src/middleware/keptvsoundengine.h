@@ -60,8 +60,7 @@ private:
     using StatusSetter = bool (kepTVSoundEngine::*)(const std::string&);
     void setEqualizerStatus(JValue payload);
     void setSoundEngineStatus(JValue payload);
-    void applyStatus(const kepLogOrigin& origin, const JValue& payload, const char* key,
-                     StatusSetter set);
+    void applyStatus(kepLogOrigin origin, const JValue& payload, const char* key, StatusSetter set);
 
     // Set once; the start-up worker reads it, too.
     mwl_se::MwlSeInterface* mPtrSoundEngineInstance = nullptr;

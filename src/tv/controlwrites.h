@@ -38,11 +38,11 @@ bool writeElement(const ControlElement<Count>& element, const std::int32_t (&val
 }
 
 /// Logs that an element could not be written; `suffix` says where, after a blank.
-void logWriteFailure(const kepLogOrigin& origin, const char* element, const char* suffix);
+void logWriteFailure(kepLogOrigin origin, const char* element, const char* suffix);
 
 /// Writes an element, with the failure logged.
 template <std::size_t Count>
-bool writeOrLog(const kepLogOrigin& origin, const ControlElement<Count>& element,
+bool writeOrLog(kepLogOrigin origin, const ControlElement<Count>& element,
                 const std::int32_t (&values)[Count], const char* suffix = "")
 {
     if (writeElement(element, values))

@@ -114,7 +114,7 @@ bool kepTVAudio::setMuteControlElement(KEP_AUDIO_SNDOUT_T output, bool mute)
     return true;
 }
 
-void logWriteFailure(const kepLogOrigin& origin, const char* element, const char* suffix)
+void logWriteFailure(kepLogOrigin origin, const char* element, const char* suffix)
 {
     KEP_ERROR_AS(origin, "CONTROL_ELEMENT_SET_ERROR", "Did not able to set the element: %s%s",
                  element, suffix); // sic

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Identifiers: names to resources and outputs, resources and outputs to the driver's numbers. The
 // table of resources stands here, that of outputs in soundoutputs.cpp.
-#include <algorithm>
+#include <cstddef>
 
 #include "catalogue.h"
 #include "controlelements.h"
 #include "keplog.h"
 #include "keptvaudio.h"
+#include "shortname.h"
 #include "soundoutputs.h"
 
 namespace
@@ -51,10 +52,16 @@ constexpr auto kShownSources = projected(kResources, [](const ResourceRow& row) 
     return kepInputSource{row.source.data(), row.sinks, row.resource, row.index, row.port};
 });
 
-bool isBehind(const std::string& sink, kepNames sinks)
-{
-    return std::find(sinks.begin(), sinks.end(), sink) != sinks.end();
-}
+/// What the names of a request are compared with.
+struct ResourceNames {
+    ShortName source{""};
+    ShortName sinks[2]{ShortName{""}, ShortName{""}}; // twice the same, if there is only one
+};
+
+constexpr auto kResourceNames = projected(kResources, [](const ResourceRow& row) {
+    return ResourceNames{ShortName{row.source},
+                         {ShortName{row.sinks[0]}, ShortName{row.sinks[row.sinks.size() - 1]}}};
+});
 
 const ResourceRow* findResource(KEP_AUDIO_RESOURCE_T resource)
 {
@@ -68,19 +75,19 @@ const ResourceRow* findResource(KEP_AUDIO_RESOURCE_T resource)
 
 KEP_AUDIO_RESOURCE_T kepTVAudio::getResourceId(const std::string& source, const std::string& sink)
 {
-    for (const ResourceRow& row : kResources)
-        if (source == row.source && isBehind(sink, row.sinks))
-            return row.resource;
+    const ShortName sourceName{source};
+    const ShortName sinkName{sink};
+    for (std::size_t i = 0; i < kResourceNames.size(); ++i) {
+        const ResourceNames& row = kResourceNames[i];
+        if (sourceName == row.source && (sinkName == row.sinks[0] || sinkName == row.sinks[1]))
+            return kResources[i].resource;
+    }
     return KEP_AUDIO_RESOURCE_INVALID;
 }
 
 KEP_AUDIO_SNDOUT_T kepTVAudio::getSoundOutputResourceId(const std::string& name)
 {
-    for (const SoundOutput& row : soundOutputs())
-        for (const char* accepted : row.names)
-            if (accepted != nullptr && name == accepted)
-                return row.output;
-    return KEP_AUDIO_NO_OUTPUT;
+    return soundOutputOfName(name);
 }
 
 unsigned int kepTVAudio::audioResourceIdToIndex(KEP_AUDIO_RESOURCE_T resource)

@@ -72,14 +72,6 @@ constexpr SoundOutput kSoundOutputs[] = {
 };
 // clang-format on
 
-bool lights(const OutputSwitch& single)
-{
-    const auto& steps = single.open.steps;
-    return std::find(std::begin(steps), std::end(steps), LightOn) != std::end(steps);
-}
-
-// --- What the catalogue shows of the table
-
 /// The elements up to the first that is empty.
 template <typename Element, std::size_t Capacity>
 constexpr kepList<Element> used(const Element (&elements)[Capacity])
@@ -89,6 +81,35 @@ constexpr kepList<Element> used(const Element (&elements)[Capacity])
         ++count;
     return {elements, count};
 }
+
+struct OutputName {
+    std::string_view name; // with its length: most names are told apart by it
+    KEP_AUDIO_SNDOUT_T output = KEP_AUDIO_NO_OUTPUT;
+};
+
+constexpr std::size_t kNameCount = [] {
+    std::size_t count = 0;
+    for (const SoundOutput& row : kSoundOutputs)
+        count += used(row.names).size();
+    return count;
+}();
+
+constexpr auto kNames = [] {
+    std::array<OutputName, kNameCount> names{};
+    auto* next = names.data();
+    for (const SoundOutput& row : kSoundOutputs)
+        for (const char* name : used(row.names))
+            *next++ = {name, row.output};
+    return names;
+}();
+
+bool lights(const OutputSwitch& single)
+{
+    const auto& steps = single.open.steps;
+    return std::find(std::begin(steps), std::end(steps), LightOn) != std::end(steps);
+}
+
+// --- What the catalogue shows of the table
 
 constexpr kepList<KEP_AUDIO_SNDOUT_T> membersOf(const SoundOutput& row)
 {
@@ -132,6 +153,14 @@ const SoundOutput* findSoundOutput(KEP_AUDIO_SNDOUT_T output)
         if (row.output == output)
             return &row;
     return nullptr;
+}
+
+KEP_AUDIO_SNDOUT_T soundOutputOfName(std::string_view name)
+{
+    for (const OutputName& row : kNames)
+        if (name == row.name)
+            return row.output;
+    return KEP_AUDIO_NO_OUTPUT;
 }
 
 OutputMembers::OutputMembers(KEP_AUDIO_SNDOUT_T output) : mMembers{output}

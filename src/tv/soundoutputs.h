@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <iterator>
 #include <span>
+#include <string_view>
 
 #include "kepaudiotypes.h"
 #include "kepcatalogue.h"
@@ -81,6 +82,8 @@ struct SoundOutput {
 std::span<const SoundOutput> soundOutputs();
 /// Null when there is no such output.
 const SoundOutput* findSoundOutput(KEP_AUDIO_SNDOUT_T output);
+/// KEP_AUDIO_NO_OUTPUT when none has that name.
+KEP_AUDIO_SNDOUT_T soundOutputOfName(std::string_view name);
 
 /// The single outputs that an output is made of, in the order in which they are opened; an output
 /// that is no combination has itself as its only member.
