@@ -61,6 +61,16 @@ TEST_F(Conformance, ASilentRunWritesNoNewValueAndMakesNoAudibleCall)
     EXPECT_EQ(outcome.status, 0) << outcome.output;
 }
 
+TEST_F(Conformance, ASilentRunRepeatsNoCommand)
+{
+    const std::string output = tap({"card"}).output;
+    for (const char* command :
+         {"Sndout Open", "Sndout Close", "Sndout Connect", "Sndout Disconnect"})
+        EXPECT_THAT(output, HasSubstr(std::string{"\""} + command +
+                                      "\" can be written # SKIP writing it is a command; --audible "
+                                      "writes it\n"));
+}
+
 TEST_F(Conformance, ASilentRunWritesBackWhatItReads)
 {
     ASSERT_EQ(program({"--config", mConfig, "--audible", "card", "requests"}).status, 0);
@@ -177,6 +187,9 @@ TEST_F(Conformance, AnElementWithTooSmallARange)
     chooseWith("Gain Output", [](Row& row) { row.maximum = 200; });
     expectOnly(tap({}), "\"Gain Output\" is there and takes 2 integers: it takes 0 to 200, but "
                         "\"gain\" is written from 8388608 to 8388608");
+    chooseWith("Mute Input", [](Row& row) { row.minimum = 1; });
+    expectOnly(tap({}), "\"Mute Input\" is there and takes 3 integers: it takes 1 to 16, but "
+                        "\"port\" is written from 0 to 7");
 }
 
 TEST_F(Conformance, AnElementThatMayNotBeWritten)
@@ -218,6 +231,19 @@ TEST_F(Conformance, AnElementThatIsSlow)
     EXPECT_THAT(failures(outcome), testing::Contains(testing::ContainsRegex(
                                        "\"Sndout ARC OnOff\" can be written: it took [0-9]+ ms, "
                                        "more than the 200 of --limit")));
+}
+
+TEST_F(Conformance, AnElementThatIsReadSlowly)
+{
+    std::vector<Row> rows = exactRows();
+    std::erase_if(rows, [](const Row& row) { return row.name != "Mute Input"; });
+    choose(rows); // read before it is written, and after
+    for (const int before : {0, 1}) {
+        const Outcome outcome = tap({"--limit", "200", "card"}, [&] { gReadsUntilSlow = before; });
+        EXPECT_THAT(failures(outcome), testing::Contains(testing::ContainsRegex(
+                                           "\"Mute Input\" reads back what was written: it took "
+                                           "[0-9]+ ms, more than the 200 of --limit")));
+    }
 }
 
 TEST_F(Conformance, ACardThatIsSlow)

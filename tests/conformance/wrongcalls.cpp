@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wrongcalls.h"
 
+#include <chrono>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
+#include <thread>
 
 #include <dlfcn.h>
 
@@ -23,6 +25,7 @@ bool gOtherLogId = false;
 bool gOtherLogText = false;
 bool gNoDelay = false;
 bool gThrow = false;
+int gReadsUntilSlow = -1;
 
 namespace
 {
@@ -42,6 +45,13 @@ int snd_hctl_elem_write(snd_hctl_elem_t* element, snd_ctl_elem_value_t* value)
     return gForgetWrites
                ? 0
                : next<decltype(snd_hctl_elem_write)>("snd_hctl_elem_write")(element, value);
+}
+
+int snd_hctl_elem_read(snd_hctl_elem_t* element, snd_ctl_elem_value_t* value)
+{
+    if (gReadsUntilSlow-- == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds{300});
+    return next<decltype(snd_hctl_elem_read)>("snd_hctl_elem_read")(element, value);
 }
 
 int HWIO_GPIO_ReadInputPort(const char* line, std::uint8_t* level);

@@ -13,3 +13,4 @@ extern bool gOtherLogId;      // lines arrive with another id
 extern bool gOtherLogText;    // lines arrive with another text
 extern bool gNoDelay;         // the middleware of the delay has no instance
 extern bool gThrow;           // an operation throws
+extern int gReadsUntilSlow;   // how many reads of elements come before the one that is slow

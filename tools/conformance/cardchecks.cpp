@@ -253,16 +253,22 @@ std::string writeFaultOf(const Element& element, const Values& values, const std
     return error < 0 ? because(("it refuses " + textOf(values)).c_str(), error) : deadline.fault();
 }
 
-std::string readFaultOf(const Element& element, const Values& written, const std::string& claim,
+std::string readFaultOf(const Element& element, Values& got, const std::string& claim,
                         unsigned int limitMs)
 {
     const Deadline deadline{claim, limitMs};
-    Values got;
     const int error = element.read(got);
-    if (error < 0)
-        return because("it cannot be read", error);
-    return got == written ? deadline.fault()
-                          : "it was written " + textOf(written) + ", and reads " + textOf(got);
+    return error < 0 ? because("it cannot be read", error) : deadline.fault();
+}
+
+std::string readBackFaultOf(const Element& element, const Values& written, const std::string& claim,
+                            unsigned int limitMs)
+{
+    Values got;
+    const std::string fault = readFaultOf(element, got, claim, limitMs);
+    return !fault.empty() || got == written
+               ? fault
+               : "it was written " + textOf(written) + ", and reads " + textOf(got);
 }
 
 /// Writes one set of values after the other; each has to be read back where that is possible.
@@ -276,7 +282,7 @@ void tryWriting(Report& report, const Conditions& conditions, const Claims& clai
         if (writeFault.empty())
             writeFault = fault;
         if (fault.empty() && readFault.empty() && element.isReadable())
-            readFault = readFaultOf(element, trial, claims.readBack, conditions.limitMs);
+            readFault = readBackFaultOf(element, trial, claims.readBack, conditions.limitMs);
     }
     report.tell(claims.write, writeFault);
     if (!element.isReadable())
@@ -296,10 +302,12 @@ void checkWriting(Report& report, const Conditions& conditions, const Claims& cl
         return;
     }
     Values current;
-    const int error = element.isReadable() ? element.read(current) : 0;
-    if (error < 0) {
+    const std::string fault =
+        element.isReadable() ? readFaultOf(element, current, claims.readBack, conditions.limitMs)
+                             : "";
+    if (!fault.empty()) {
         report.skip(claims.write, "it cannot be read");
-        report.tell(claims.readBack, because("it cannot be read", error));
+        report.tell(claims.readBack, fault);
         return;
     }
     const std::string reason = reasonToKeepOff(wanted, element);
