@@ -29,6 +29,7 @@ BUDGETS = HERE / "budgets.tsv"
 TOLERANCE = 1.02
 SLACK = 80  # instructions; of a difference, 2 % may be less than one
 VALGRIND = shutil.which("valgrind")
+UCM = pathlib.Path("/usr/share/alsa/ucm2")
 
 # Cases of kep_count that share a process, those that take longest first; cold ones have one of their own.
 GROUPS = [
@@ -49,6 +50,13 @@ INITIALIZE = '{"call": "initialize", "args": []}\n'
 STATIC_INITIALISERS = ["--demangle=no", "--toggle-collect=_GLOBAL__sub_I_*"]
 
 
+def copy_use_cases(folder):
+    """The distribution's entry to the profiles of all cards, and one for the virtual card."""
+    shutil.copytree(HERE / "count/ucm", folder)
+    shutil.copytree(UCM / "lib", folder / "lib")
+    shutil.copy(UCM / "ucm.conf", folder)
+
+
 @contextlib.contextmanager
 def work_folder(build):
     """A folder with a copy of what is counted; its name is of the same length for every build tree."""
@@ -56,7 +64,7 @@ def work_folder(build):
         folder = pathlib.Path(name)
         for kept in ("lib", "share/kep"):
             shutil.copytree(build / kept, folder / kept, symlinks=True)
-        shutil.copytree(HERE / "count/ucm", folder / "ucm")
+        copy_use_cases(folder / "ucm")
         for kind in ("bench", "bin"):
             (folder / kind).mkdir()
         for program in ["bin/kepctl"] + [f"bench/{name}" for name in (

@@ -53,10 +53,10 @@ def evening_writes():
 def write_profile(folder, writes):
     """The evening as a use case of ALSA's manager."""
     profile = folder / "evening-ucm"
-    shutil.copytree(count.HERE / "count/ucm", profile)
+    count.copy_use_cases(profile)
     sets = "".join(f'\t\tcset "name=\'{name}\' {values}"\n' for name, values in writes)
     (profile / "virtualtv/HiFi.conf").write_text(
-        f'SectionVerb {{\n\tEnableSequence [\n\t\tcdev "hw:0"\n{sets}\t]\n}}\n'
+        f'SectionVerb {{\n\tEnableSequence [\n\t\tcdev "television:0"\n{sets}\t]\n}}\n'
         'SectionDevice."Speaker" {\n\tComment "Speaker"\n}\n')
     return profile
 
