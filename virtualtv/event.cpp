@@ -172,10 +172,12 @@ const JValue* Event::value(std::string_view key) const
 
 std::string Event::json(std::string_view key) const
 {
+    constexpr std::size_t kUsualLength = 40; // of a value: room for it is made once
     const Value* found = find(key);
     if (found == nullptr)
         return "null";
     std::string text;
+    text.reserve(kUsualLength);
     append(text, *found);
     return text;
 }

@@ -2,12 +2,20 @@
 // Text that fits. A character is a code point: one column each, which holds for what kepctl writes.
 #include "textlayout.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 namespace
 {
 
 constexpr std::size_t kLeastRoom = 20; // columns beside the indentation that are worth folding for
+
+bool isPrintable(char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    return (byte >= 0x20 && byte != 0x7F) || character == '\n';
+}
 
 bool continuesCharacter(char byte)
 {
@@ -15,7 +23,7 @@ bool continuesCharacter(char byte)
 }
 
 /// Where the first `count` characters from `start` end.
-std::size_t after(const std::string& text, std::size_t start, std::size_t count)
+std::size_t after(std::string_view text, std::size_t start, std::size_t count)
 {
     std::size_t end = start;
     for (; count > 0 && end < text.size(); --count)
@@ -26,17 +34,17 @@ std::size_t after(const std::string& text, std::size_t start, std::size_t count)
 }
 
 /// Where the line that starts there ends when it may hold `count` characters.
-std::size_t breakOf(const std::string& text, std::size_t start, std::size_t count)
+std::size_t breakOf(std::string_view text, std::size_t start, std::size_t count)
 {
     const std::size_t end = after(text, start, count);
     if (end == text.size() || text[end] == ' ')
         return end;
     const std::size_t ink = text.find_first_not_of(' ', start);
     const std::size_t blank = text.rfind(' ', end);
-    return blank != std::string::npos && blank > ink ? blank : end;
+    return blank != std::string_view::npos && blank > ink ? blank : end;
 }
 
-void fold(const std::string& line, std::size_t width, std::size_t indent,
+void fold(std::string_view line, std::size_t width, std::size_t indent,
           std::vector<std::string>& lines)
 {
     std::size_t start = 0;
@@ -45,25 +53,27 @@ void fold(const std::string& line, std::size_t width, std::size_t indent,
         const std::size_t room = first ? width : width - indent;
         const std::size_t end = width == 0 ? line.size() : breakOf(line, start, room);
         const std::size_t ink = line.find_last_not_of(' ', end == 0 ? 0 : end - 1);
-        const std::size_t length = ink == std::string::npos || ink < start ? 0 : ink + 1 - start;
-        lines.push_back((first ? "" : std::string(indent, ' ')) + line.substr(start, length));
+        const std::size_t length =
+            ink == std::string_view::npos || ink < start ? 0 : ink + 1 - start;
+        lines.emplace_back(first ? 0 : indent, ' ').append(line.substr(start, length));
         start = line.find_first_not_of(' ', end);
     } while (start < line.size());
 }
 
 } // namespace
 
-std::string printable(const std::string& text)
+std::string printable(std::string text)
 {
+    if (std::all_of(text.begin(), text.end(), [](char each) { return isPrintable(each); }))
+        return text;
     std::string result;
     for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if ((byte >= 0x20 && byte != 0x7F) || character == '\n') {
+        if (isPrintable(character)) {
             result += character;
             continue;
         }
         char escape[8];
-        snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned int>(byte));
+        snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned char>(character));
         result += escape;
     }
     return result;
@@ -76,7 +86,7 @@ std::vector<std::string> folded(const std::string& text, std::size_t width, std:
     std::vector<std::string> lines;
     for (std::size_t start = 0; start <= text.size();) {
         const std::size_t end = std::min(text.find('\n', start), text.size());
-        fold(text.substr(start, end - start), width, indent, lines);
+        fold(std::string_view{text}.substr(start, end - start), width, indent, lines);
         start = end + 1;
     }
     return lines;

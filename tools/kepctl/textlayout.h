@@ -7,7 +7,7 @@
 #include <vector>
 
 /// The text with control characters written as \x1b and the like; a line feed stays.
-std::string printable(const std::string& text);
+std::string printable(std::string text);
 
 /// The text as lines of at most `width` characters (0: as long as they are), broken at blanks where
 /// there are any; every line but the first is indented by `indent`. A line feed begins a new line.

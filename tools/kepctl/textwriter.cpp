@@ -59,6 +59,7 @@ std::string effect(const std::string& where, const std::string& what)
 std::string joined(std::string_view array, const char* separator)
 {
     std::string all;
+    all.reserve(array.size());
     int depth = 0;
     bool inString = false;
     for (std::size_t i = 0; i < array.size(); ++i) {
@@ -194,13 +195,14 @@ public:
 
     void write(const Event& event) override
     {
+        const std::string_view kind = event.kind();
         for (const Row& row : kRows) {
-            if (event.kind() != row.event)
+            if (kind != row.event)
                 continue;
             Line line = row.describe(event);
             if (event.has("thread"))
                 line.text += "  [" + std::string{event.text("thread")} + "]";
-            print(line, event.has("ms") ? event.json("ms") : "");
+            print(std::move(line), event.has("ms") ? event.json("ms") : "");
         }
         mInComment = false;
     }
@@ -213,7 +215,7 @@ public:
 
 private:
     /// One line of the text, on as many lines of the terminal as it needs.
-    void print(const Line& line, const std::string& time) const
+    void print(Line line, const std::string& time) const
     {
         const char* escape = mStyle.colour ? kEscapes[static_cast<int>(line.look)] : "";
         const char* end = *escape != '\0' ? kPlainEscape : "";
@@ -221,9 +223,9 @@ private:
         const std::size_t width = terminalWidth();
         std::string column = mStyle.time ? rightAligned(time, kTimeWidth) + " " : "";
         std::string all = line.opensBlock ? "\n" : "";
-        for (const std::string& part :
-             folded(printable(line.text), width > margin ? width - margin : 0, line.indent)) {
-            all += column + escape + part + end + "\n";
+        for (const std::string& part : folded(printable(std::move(line.text)),
+                                              width > margin ? width - margin : 0, line.indent)) {
+            all.append(column).append(escape).append(part).append(end).append("\n");
             column.assign(margin, ' ');
         }
         output::print(all);
