@@ -12,6 +12,9 @@
 
 namespace count
 {
+
+using namespace byhand;
+
 namespace
 {
 

@@ -9,6 +9,8 @@
 namespace count
 {
 
+using namespace byhand;
+
 std::string objectText(int keys)
 {
     std::string text = "{";

@@ -8,6 +8,9 @@
 
 namespace count
 {
+
+using namespace byhand;
+
 namespace
 {
 

@@ -10,6 +10,9 @@
 
 namespace count
 {
+
+using namespace byhand;
+
 namespace
 {
 

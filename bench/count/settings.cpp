@@ -11,6 +11,9 @@
 
 namespace count
 {
+
+using namespace byhand;
+
 namespace
 {
 

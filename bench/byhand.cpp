@@ -15,7 +15,7 @@
 #include "mwlseinterface.h"
 #include "subcpu.h"
 
-namespace count
+namespace byhand
 {
 namespace
 {
@@ -92,7 +92,7 @@ void require(bool done, const char* what)
 {
     if (done)
         return;
-    printf("cannot be counted: %s\n", what);
+    printf("cannot be measured: %s\n", what);
     fflush(stdout);
     std::_Exit(1);
 }
@@ -153,4 +153,4 @@ void makeAgain(const std::vector<Call>& calls)
         call.make(call);
 }
 
-} // namespace count
+} // namespace byhand

@@ -8,10 +8,10 @@
 
 #include "jvalue.h"
 
-namespace count
+namespace byhand
 {
 
-/// Fails the program: a case that does not do what it should would be counted all the same.
+/// Fails the program: a case that does not do what it should would be measured all the same.
 void require(bool done, const char* what);
 
 /// Opens the television's card, loads its elements, writes one and closes the card.
@@ -30,4 +30,4 @@ struct Call {
 std::vector<Call> callsOf(const std::function<void()>& request);
 void makeAgain(const std::vector<Call>& calls);
 
-} // namespace count
+} // namespace byhand
