@@ -44,8 +44,13 @@ GROUPS = [
     ["start.useCases.byHand"],
 ]
 JOURNAL = "--journal"  # cases at level info, which write to a journal then
-# What kepctl plays.
-SCRIPT = '{"call": "setMute", "args": ["ADEC0", "MAIN", true]}\n'
+# What kepctl plays, over and over; a line of what it prints in each round; what of it is counted.
+SCRIPTS = {
+    "kepctl": ('{"call": "setMute", "args": ["ADEC0", "MAIN", true]}\n', "Mute Input", []),
+    "trace": ('{"call": "setSoundOutput", "args": ["tv_speaker_optical_arc"]}\n'
+              '{"call": "setSoundOutput", "args": ["tv_speaker"]}\n', r"LightOnOff( = 1|.*\[1])",
+              ["--toggle-collect=Trace::add*"]),
+}
 INITIALIZE = '{"call": "initialize", "args": []}\n'
 STATIC_INITIALISERS = ["--demangle=no", "--toggle-collect=_GLOBAL__sub_I_*"]
 
@@ -68,7 +73,7 @@ def work_folder(build):
         for kind in ("bench", "bin"):
             (folder / kind).mkdir()
         for program in ["bin/kepctl"] + [f"bench/{name}" for name in (
-                "kep_count", "kep_loads", "kep_loads_by_hand", "kep_norandom.so")]:
+                "kep_count", "kep_loads", "kep_loads_by_hand", "kep_steady.so")]:
             shutil.copy(build / program, folder / program)
         yield folder
 
@@ -129,13 +134,14 @@ def count_program(folder, name, options, command):
     return {name: total(folder / name)}
 
 
-def count_kepctl(folder, name, form, requests):
+def count_kepctl(folder, name, played, form, rounds):
     script = folder / f"{name}.jsonl"
-    script.write_text(INITIALIZE + SCRIPT * requests)
-    printed = callgrind(folder, name, [], [folder / "bin/kepctl", "run", "--log-level", "3", "--format", form, script],
-                        {"LD_PRELOAD": str(folder / "bench/kep_norandom.so")})
-    if printed.count("Mute Input") != requests:
-        sys.exit(f"count: kepctl did not make {requests} requests:\n{printed[-300:]}")
+    requests, printed_line, options = SCRIPTS[played]
+    script.write_text(INITIALIZE + requests * rounds)
+    printed = callgrind(folder, name, options, [folder / "bin/kepctl", "run", "--log-level", "3", "--format", form, script],
+                        {"LD_PRELOAD": str(folder / "bench/kep_steady.so")})
+    if len(re.findall(printed_line, printed)) != rounds:
+        sys.exit(f"count: kepctl did not make {rounds} rounds of requests:\n{printed[-300:]}")
     return {name: total(folder / name)}
 
 
@@ -158,9 +164,10 @@ def jobs_of_programs(folder):
     yield "load.byHand", count_program, [], [folder / "bench/kep_loads_by_hand"]
     yield "load.static", count_program, STATIC_INITIALISERS, [folder / "bench/kep_loads"]
     yield "amixer", count_program, [], ["amixer", "-q", "-D", "hw:0", "cset", "name='Mute Output'", "1,0"]
-    for form in ("text", "jsonl"):
-        for requests in (20, 120):
-            yield f"kepctl.{form}.{requests}", count_kepctl, form, requests
+    for played, rounds in (("kepctl", (20, 120)), ("trace", (5, 25))):
+        for form in ("text", "jsonl"):
+            for number in rounds:
+                yield f"{played}.{form}.{number}", count_kepctl, played, form, number
 
 
 def of_group(group, names):
