@@ -37,7 +37,7 @@ GROUPS = [
     ["settings."],
     ["quality."],
     ["write.", "json.", "log.", "setM", "setI", "setOutput", "connectInput"],
-    ["setSoundOutput@", "setSoundOutput.byHand"] + [f"setSoundOutput.{n}{end}"
+    ["setSoundOutput@", "setSoundOutput.byHand", "setSoundOutput.arc."] + [f"setSoundOutput.{n}{end}"
                                                     for n in (1, 3, 8, 17) for end in ("@", ".byHand")],
     ["start.tv"],
     ["start.mixer"],

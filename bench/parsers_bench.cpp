@@ -36,6 +36,10 @@ public:
     bool Int64(std::int64_t value) { return add(json_object_new_int64(value)); }
     bool Uint64(std::uint64_t value) { return add(json_object_new_uint64(value)); }
     bool Double(double value) { return add(json_object_new_double(value)); }
+    bool RawNumber(const char* value, rapidjson::SizeType length, bool copy)
+    {
+        return String(value, length, copy);
+    }
     bool String(const char* value, rapidjson::SizeType length, bool)
     {
         return add(json_object_new_string_len(value, static_cast<int>(length)));

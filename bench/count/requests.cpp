@@ -60,6 +60,13 @@ void thereAndBack()
     done(client().setSoundOutput("tv_speaker"));
 }
 
+/// By names that fit std::string's own buffer.
+void toArcAndBack()
+{
+    done(client().setSoundOutput("external_arc"));
+    done(client().setSoundOutput("tv_speaker"));
+}
+
 void connectAndDisconnect()
 {
     static const JValue attributes = JValue::object(); // what the caller makes is not the library's
@@ -82,6 +89,8 @@ const RequestRow kRequests[] = {
     {"setSoundOutput.8",   &thereAndBack,                                               "tv_speaker",             8,   2,  true},
     {"setSoundOutput.17",  &thereAndBack,                                               "tv_speaker",             17,  1,  false},
     {"setSoundOutput.100", &thereAndBack,                                               "tv_speaker",             100, 1,  false},
+    {"setSoundOutput.arc.0",  &toArcAndBack,                                            "tv_speaker",             0,   4, false},
+    {"setSoundOutput.arc.17", &toArcAndBack,                                            "tv_speaker",             17,  4, false},
     {"setSoundOutput.333", &thereAndBack,                                               "tv_speaker",             333, 1,  false},
 };
 // clang-format on

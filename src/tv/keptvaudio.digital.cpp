@@ -24,10 +24,16 @@ int numberOf(std::string_view name, kepList<kepNamedNumber> rows)
     return 0;
 }
 
-/// As the maps are asked for it; made once, since it does not fit into a string's small buffer.
+// Keys as the maps are asked for them; made once, since they do not fit into a string's small
+// buffer, and asked for until the very end.
 const std::string& countryKey()
 {
-    static const auto& name = *new std::string{key::kCountry.name}; // asked for until the very end
+    static const auto& name = *new std::string{key::kCountry.name};
+    return name;
+}
+const std::string& digitalModeKey()
+{
+    static const auto& name = *new std::string{key::kSoundOutputDigital.name};
     return name;
 }
 
@@ -60,7 +66,8 @@ std::string kepTVAudio::getSoundOutputDigitalMode() const
         KEP_INFO("Setting digital mode as %s, since its not optical or arc", "pcm");
         return "pcm";
     }
-    std::string mode = qualityParam(key::kSoundOutputDigital.name).value_or("");
+    std::string mode =
+        kepTvParser::find(mPtrParserInstance->mQualityParamsMap, digitalModeKey()).value_or("");
     KEP_INFO("Setting digital mode as %s", mode.c_str());
     return mode;
 }
