@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,8 @@
 #include <unistd.h>
 
 #include <glib.h>
+
+#include "plainformat.h"
 
 struct LogContext {
     const std::string name;
@@ -88,6 +91,11 @@ public:
         const std::size_t start = std::min(std::strlen(prefix), mBuffer.size() - sizeof kCut);
         std::memcpy(mBuffer.data(), prefix, start);
         va_list again;
+        va_copy(again, arguments);
+        const bool done = formatPlain(std::span{mBuffer}.subspan(start), format, again);
+        va_end(again);
+        if (done)
+            return;
         va_copy(again, arguments);
         const int length = // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller's
             vsnprintf(mBuffer.data() + start, mBuffer.size() - start, format, arguments);

@@ -20,7 +20,7 @@ constexpr kepKey kQualityKeys[] = {key::kAudioDescription, key::kAudioDescriptio
 
 struct ResourceNumber {
     ShortName resource;
-    int number;
+    int number = 0;
 };
 // clang-format off
 // Behind the sinks "MAIN" and "SUB".
