@@ -340,7 +340,9 @@ int pollDescriptors(snd_ctl_ext_t* ext, pollfd* descriptors, unsigned int space)
     return 1;
 }
 
-/// A write to the other card or of the same values wakes us, too, but is no event.
+/// A write to the other card or of the same values wakes us, too, but is no event. The clock is
+/// told whatever there is: libasound begins a wait anew when it was for nothing, and would never
+/// end it.
 int pollEvents(snd_ctl_ext_t* ext, pollfd* descriptors, unsigned int count, unsigned short* events)
 {
     CardHandle& handle = handleOf(ext);
@@ -350,7 +352,7 @@ int pollEvents(snd_ctl_ext_t* ext, pollfd* descriptors, unsigned int count, unsi
     Subscription& subscription = subscriptionOf(handle);
     if (!handle.subscribed)
         subscription.restart();
-    if (!subscription.pending())
+    if (!subscription.pending() && !subscription.looksByClock())
         *events = static_cast<unsigned short>(*events & ~POLLIN);
     return 0;
 }

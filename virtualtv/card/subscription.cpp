@@ -22,13 +22,18 @@ namespace
 
 constexpr long kLookEveryNs = 100'000'000;
 
-/// Readable after each write to the file of that name. A machine may be short of watches: then
-/// readable ten times a second.
-Descriptor changeSource(const std::string& file)
+/// Readable after each write to the file of that name; none when the machine is short of watches.
+Descriptor watchOf(const std::string& file)
 {
     Descriptor watch{inotify_init1(IN_NONBLOCK | IN_CLOEXEC)};
-    if (watch.number() >= 0 && inotify_add_watch(watch.number(), file.c_str(), IN_MODIFY) >= 0)
-        return watch;
+    const bool watching =
+        watch.number() >= 0 && inotify_add_watch(watch.number(), file.c_str(), IN_MODIFY) >= 0;
+    return watching ? std::move(watch) : Descriptor{};
+}
+
+/// Readable ten times a second.
+Descriptor clockOf()
+{
     Descriptor timer{timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)};
     const itimerspec often{{0, kLookEveryNs}, {0, kLookEveryNs}};
     if (timer.number() >= 0)
@@ -112,7 +117,10 @@ void Subscription::restart()
 int Subscription::descriptor()
 {
     if (mPoll.number() < 0) {
-        mSource = changeSource(CardState::instance().openName());
+        mSource = watchOf(CardState::instance().openName());
+        mLooksByClock = mSource.number() < 0;
+        if (mLooksByClock)
+            mSource = clockOf();
         mRaised = Descriptor{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)};
         Descriptor both{epoll_create1(EPOLL_CLOEXEC)};
         if (!wakes(both, mSource) || !wakes(both, mRaised))

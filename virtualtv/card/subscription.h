@@ -50,6 +50,8 @@ public:
     void restart();
     /// Becomes readable when there may be something; a negative errno when it cannot be made.
     int descriptor();
+    /// Whether the descriptor becomes readable by the clock, for want of watches.
+    [[nodiscard]] bool looksByClock() const { return mLooksByClock; }
     /// Whether somebody has asked for the descriptor.
     [[nodiscard]] bool polled() const { return mPoll.number() >= 0; }
 
@@ -62,9 +64,10 @@ private:
     CardState::Records mSeen;          // as told, those in mChanged included
     CardState::Records mNow;           // space for the comparison
     std::vector<std::size_t> mChanged; // the next one last
-    Descriptor mSource;                // readable after a write to the state file
-    Descriptor mRaised;                // readable while mChanged holds something
-    Descriptor mPoll;                  // readable when one of these is
+    bool mLooksByClock = false;
+    Descriptor mSource; // readable after a write to the state file
+    Descriptor mRaised; // readable while mChanged holds something
+    Descriptor mPoll;   // readable when one of these is
 };
 
 } // namespace virtualtv
