@@ -29,6 +29,8 @@ constexpr std::string_view kepLogStem(std::string_view path)
 /// Where a message says that it comes from. The file and the function that a line names are as
 /// fixed as its text, because those who read the log search for them. So an operation lives in the
 /// file that its lines have always named, and what it shares with others logs under its name.
+/// Handed over by value: what a reference refers to would be made on every way through a function,
+/// even where nothing is logged.
 struct kepLogOrigin {
     std::string_view file; // its stem
     const char* function;

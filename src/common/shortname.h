@@ -10,12 +10,15 @@
 #include <type_traits>
 
 /// A name of up to seven bytes, in a form that is compared at once: inputs are looked up by name in
-/// every request, some of them in two tables. All longer names are equal, and none of a table.
+/// every request, some of them in two tables. All longer names are equal, so a table has none: one
+/// that is too long there does not compile.
 class ShortName
 {
 public:
     explicit constexpr ShortName(std::string_view name)
     {
+        if (std::is_constant_evaluated() && name.size() > kLongest)
+            throw "too long for a table";
         if (name.size() <= kLongest)
             mBytes = bytesOf(name) | std::uint64_t{name.size()} << (8 * kLongest);
     }
